@@ -1,0 +1,43 @@
+// A file opened for reading by the document readers: sized, seekable, and
+// read in whole records. Every read says how many bytes it really got, so
+// that a truncated file is seen as short data, never read past its end.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace sonmetra {
+
+class BinaryFile {
+public:
+    BinaryFile() = default;
+    ~BinaryFile();
+    BinaryFile(const BinaryFile&) = delete;
+    BinaryFile& operator=(const BinaryFile&) = delete;
+
+    // Opens for reading; false (with errno kept in error()) when it cannot.
+    bool open(const std::string& path);
+    void close();
+    bool isOpen() const { return m_file != nullptr; }
+    const std::string& path() const { return m_path; }
+    // Text of the reason the last open failed.
+    const std::string& error() const { return m_error; }
+
+    std::uint64_t size() const { return m_size; }
+    std::uint64_t position() const;
+    std::uint64_t remaining() const;
+    bool seek(std::uint64_t offset);
+    // Reads up to n bytes; returns the number read.
+    std::size_t read(void* buffer, std::size_t n);
+    // Reads exactly n bytes or returns false (position then undefined).
+    bool readExact(void* buffer, std::size_t n) { return read(buffer, n) == n; }
+
+private:
+    std::FILE* m_file = nullptr;
+    std::uint64_t m_size = 0;
+    std::string m_path;
+    std::string m_error;
+};
+
+}  // namespace sonmetra

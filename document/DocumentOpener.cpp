@@ -1,0 +1,81 @@
+#include "DocumentOpener.h"
+
+#include "AppConfig.h"
+#include "AudioRate.h"
+#include "MessageService.h"
+#include "res/StringTable.h"
+
+namespace sonmetra {
+namespace {
+
+// Tries each reader from the start of the file. Returns the status of the
+// first reader that did not decline, or NotMyType when all declined.
+ReadStatus tryReaders(const std::vector<FileReaderEntry>& readers, BinaryFile& file, CKestruneDoc& doc,
+                      ReadContext& context) {
+    for (const FileReaderEntry& reader : readers) {
+        if (!file.seek(0)) return ReadStatus::NotMyType;
+        const ReadStatus status = reader.read(file, doc, context);
+        if (status == ReadStatus::Accepted && doc.readerName().empty()) doc.setReaderName(reader.name);
+        if (status != ReadStatus::NotMyType) return status;
+    }
+    return ReadStatus::NotMyType;
+}
+
+}  // namespace
+
+std::string fileNameOf(const std::string& path) {
+    const auto slash = path.find_last_of('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+bool openDocument(CKestruneDoc& doc, const std::string& path, IImportDialogs& dialogs, AppConfig* config) {
+    BinaryFile file;
+    if (!file.open(path)) {
+        showMessage("Cannot open the file '" + path + "':\n" + file.error(), MsgButtons::Ok, MsgIcon::Error);
+        return false;
+    }
+    if (file.size() == 0) {
+        beep();
+        showMessage(IDS_ZERO_LENGTH_FILE);
+        return false;
+    }
+
+    ReadContext context{&dialogs, fileNameOf(path)};
+    doc.setReaderName({});
+    ReadStatus status = tryReaders(sequenceReaders(), file, doc, context);
+    if (status == ReadStatus::NotMyType) {
+        GenericFileSettings settings = doc.m_generic;
+        if (dialogs.genericFileSelection(settings)) {
+            doc.m_generic = settings;
+            status = tryReaders(genericReaders(), file, doc, context);
+        }
+    }
+    if (status == ReadStatus::Abandoned) return false;
+    if (status == ReadStatus::NotMyType) {
+        beep();
+        showMessage(IDS_WRONG_FILE_TYPE);
+        return false;
+    }
+
+    doc.setHoldsData(true);
+    doc.setUntitledMark(false);
+    doc.setPathAndTitle(path);
+    doc.setModified(false);
+
+    // A document at another audio rate changes the rate in force: its
+    // rate-derived analysis defaults follow, and the configuration record
+    // is written again with the new values.
+    if (doc.channelCount() > 0) {
+        const double rate = doc.channel(0).m_rateHz;
+        if (rate > 0.0 && rate != audioRateInForce()) {
+            doc.m_analysis.applyRateDefaults(rate);
+            if (config)
+                config->takeAudioRate(rate);
+            else
+                setAudioRateInForce(rate);
+        }
+    }
+    return true;
+}
+
+}  // namespace sonmetra

@@ -1,0 +1,22 @@
+// File > Open on a document: the reader sequence, the generic dialog, and
+// what follows a successful open (marks, title, the audio rate in force).
+#pragma once
+
+#include <string>
+
+#include "FileReader.h"
+
+namespace sonmetra {
+
+class AppConfig;
+
+// Fills doc from the file at path. On failure the reason has been shown
+// through the message service and the document may hold what was read so
+// far (the caller discards it). config, when given, is told the first
+// channel's rate so that it can rewrite the configuration file.
+bool openDocument(CKestruneDoc& doc, const std::string& path, IImportDialogs& dialogs, AppConfig* config = nullptr);
+
+// The file's name without its folder.
+std::string fileNameOf(const std::string& path);
+
+}  // namespace sonmetra
