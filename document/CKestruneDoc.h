@@ -39,7 +39,7 @@ public:
     int channelCount() const { return m_channelCount; }
     CChannel& channel(int i) { return m_channels[static_cast<std::size_t>(i)]; }
     const CChannel& channel(int i) const { return m_channels[static_cast<std::size_t>(i)]; }
-    std::array<CChannel, kSlots>& slots() { return m_channels; }
+    std::array<CChannel, kSlots>& channelSlots() { return m_channels; }
     // Index of the first channel whose audio flag is 1, or -1.
     int audioChannelIndex() const;
     CChannel* audioChannel();

@@ -1,0 +1,9 @@
+// Every feature of the waveform view registers its menu commands and view
+// extensions here, once, before the main frame builds its menus.
+#include "CKestruneApp.h"
+
+void CKestruneApp::registerFeatures() {
+    static bool registered = false;
+    if (registered) return;
+    registered = true;
+}

@@ -1,0 +1,35 @@
+#include "Startup.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+
+namespace Startup {
+
+std::optional<QString> establishWorkingFolder(QSettings& settings, const QString& currentFolder) {
+    const QString key = "General Strings Section/Temp Directory";
+    const QString stored = settings.value(key).toString();
+    if (!stored.isEmpty()) return stored;
+    settings.setValue(key, currentFolder);
+    settings.sync();
+    if (settings.status() != QSettings::NoError || settings.value(key).toString() != currentFolder)
+        return std::nullopt;
+    return currentFolder;
+}
+
+QString probeWritable(const QString& folder) {
+    QFile probe(folder + "/xxx");
+    if (!probe.open(QIODevice::WriteOnly | QIODevice::Truncate)) return probe.errorString();
+    const bool written = probe.write("0123456789", 10) == 10;
+    probe.close();
+    const QString reason = written ? QString() : probe.errorString();
+    probe.remove();
+    return reason;
+}
+
+QString createTempFolder(const QString& folder) {
+    const QString temp = folder + "/tmp/";
+    return QDir().mkpath(temp) ? temp : QString();
+}
+
+}  // namespace Startup

@@ -1,0 +1,207 @@
+// Start-up's settings and folders, and the main frame's File and Help
+// commands driven through their real actions with scripted answers.
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMenuBar>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+#include "app/Startup.h"
+#include "document/CKestruneDoc.h"
+#include "document/MessageService.h"
+#include "frame/AboutDialog.h"
+#include "frame/CChildFrame.h"
+#include "frame/CMainFrame.h"
+#include "frame/FileDialogs.h"
+#include "view/AppServices.h"
+
+using namespace sonmetra;
+
+namespace {
+
+// Answers file dialogs from a queue, recording each request.
+class ScriptedFileDialogs : public IFileDialogs {
+public:
+    QList<FileDialogRequest> requests;
+    QList<std::optional<FileDialogAnswer>> answers;
+    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& r) override {
+        requests.push_back(r);
+        return answers.isEmpty() ? std::nullopt : answers.takeFirst();
+    }
+};
+
+QAction* findAction(QMenuBar* bar, const QString& menuTitle, const QString& text) {
+    for (QAction* top : bar->actions()) {
+        if (top->text() != menuTitle || !top->menu()) continue;
+        emit top->menu()->aboutToShow();
+        for (QAction* a : top->menu()->actions())
+            if (a->text() == text) return a;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+class StartupTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+        QCoreApplication::setOrganizationName("Melvarco");
+        QCoreApplication::setApplicationName("Sonmetra");
+        setMessageService(&m_messages);
+        setFileDialogs(&m_dialogs);
+        AppServices::instance().workingFolder = m_work.path().toStdString();
+    }
+    void cleanupTestCase() {
+        setMessageService(nullptr);
+        setFileDialogs(nullptr);
+    }
+    void init() {
+        m_messages.clear();
+        m_dialogs.requests.clear();
+        m_dialogs.answers.clear();
+    }
+
+    void workingFolderIsStoredOnceAndThenRead() {
+        QSettings settings;
+        settings.clear();
+        QCOMPARE(Startup::establishWorkingFolder(settings, "/first").value(), QString("/first"));
+        QCOMPARE(settings.value("General Strings Section/Temp Directory").toString(), QString("/first"));
+        QCOMPARE(Startup::establishWorkingFolder(settings, "/second").value(), QString("/first"));
+    }
+
+    void writeProbeAndTempFolder() {
+        QVERIFY(Startup::probeWritable(m_work.path()).isEmpty());
+        QVERIFY(!QFile::exists(m_work.path() + "/xxx"));
+        QVERIFY(!Startup::probeWritable(m_work.path() + "/missing").isEmpty());
+        const QString temp = Startup::createTempFolder(m_work.path());
+        QCOMPARE(temp, m_work.path() + "/tmp/");
+        QVERIFY(QDir(temp).exists());
+        QCOMPARE(Startup::createTempFolder(m_work.path()), temp);  // an existing folder is no error
+    }
+
+    void closingAModifiedDocumentAsksAndHonoursEachAnswer() {
+        CMainFrame frame;
+        CChildFrame* child = frame.openDocumentFile(SONMETRA_DEMO);
+        QVERIFY(child);
+        child->document()->setModified(true);
+
+        m_messages.queueAnswer(MsgAnswer::Cancel);
+        QVERIFY(!child->canClose());
+        QCOMPARE(QString::fromStdString(m_messages.lastText()), QString("Save Changes to 'demo.kvd' before closing ?"));
+
+        // Yes saves in place: the file is the demo itself, so save a copy first.
+        const QString copy = m_work.path() + "/demo-copy.kvd";
+        QVERIFY(QFile::copy(SONMETRA_DEMO, copy));
+        CChildFrame* second = frame.openDocumentFile(copy);
+        QVERIFY(second && second != child);
+        second->document()->setModified(true);
+        m_messages.queueAnswer(MsgAnswer::Yes);
+        QVERIFY(second->canClose());
+        QVERIFY(!second->document()->isModified());
+
+        m_messages.queueAnswer(MsgAnswer::No);
+        QVERIFY(child->canClose());
+        QVERIFY(!child->document()->isModified());
+    }
+
+    void saveOfAnUntitledDocumentGoesThroughSaveAs() {
+        CMainFrame frame;
+        CChildFrame* child = frame.openDocumentFile(SONMETRA_DEMO);
+        QVERIFY(child);
+        child->document()->setUntitledMark(true);
+        child->document()->setModified(true);
+        const QString target = m_work.path() + "/saved.kvd";
+        m_dialogs.answers.push_back(FileDialogAnswer{target, 1});
+        QAction* save = findAction(frame.menuBar(), "&File", "&Save");
+        QVERIFY(save && save->isEnabled());
+        save->trigger();
+        QCOMPARE(m_dialogs.requests.size(), 1);
+        QCOMPARE(m_dialogs.requests[0].title, QString("Save file As"));
+        QCOMPARE(m_dialogs.requests[0].defaultName, QString("Untitled"));
+        QCOMPARE(m_dialogs.requests[0].filters.at(0), QString("Sonmetra files (*.kvd)"));
+        QVERIFY(QFile::exists(target));
+        QCOMPARE(QString::fromStdString(child->document()->title()), QString("saved.kvd"));
+        QVERIFY(!child->document()->isModified());
+        QCOMPARE(frame.recentFiles().first(), target);
+    }
+
+    void saveSelectionAsFollowsTheSelectionFlag() {
+        CMainFrame frame;
+        CChildFrame* child = frame.openDocumentFile(SONMETRA_DEMO);
+        QAction* a = findAction(frame.menuBar(), "&File", "Save Se&lection As...");
+        QVERIFY(a);
+        QVERIFY(!a->isEnabled());
+        child->document()->setSelectionFlag(true);
+        frame.updateCommandStates();
+        QVERIFY(a->isEnabled());
+    }
+
+    void recentFileListKeepsFiveNewestFirst() {
+        CMainFrame frame;
+        for (int i = 0; i < 7; ++i) {
+            const QString path = m_work.path() + QString("/r%1.kvd").arg(i);
+            QFile::remove(path);
+            QVERIFY(QFile::copy(SONMETRA_DEMO, path));
+            QVERIFY(frame.openDocumentFile(path));
+        }
+        const QStringList recent = frame.recentFiles();
+        QCOMPARE(recent.size(), 5);
+        QCOMPARE(recent.first(), m_work.path() + "/r6.kvd");
+        QCOMPARE(recent.last(), m_work.path() + "/r2.kvd");
+    }
+
+    void openingAnUnreadableFileSaysWhy() {
+        CMainFrame frame;
+        QVERIFY(!frame.openDocumentFile(m_work.path() + "/does-not-exist.kvd"));
+        QVERIFY(QString::fromStdString(m_messages.lastText()).startsWith("Cannot open the file"));
+        QCOMPARE(frame.mdiArea()->subWindowList().size(), 0);
+    }
+
+    void helpFallsBackToHtmAndThenToTheMessage() {
+        CMainFrame frame;
+        QStringList opened;
+        frame.setUrlOpener([&](const QUrl& url) {
+            opened.push_back(url.toLocalFile());
+            return true;
+        });
+        QDir(m_work.path()).mkpath("Manual");
+        QFile::remove(m_work.path() + "/Manual/HelpIndex.html");
+        QFile htm(m_work.path() + "/Manual/HelpIndex.htm");
+        QVERIFY(htm.open(QIODevice::WriteOnly));
+        htm.close();
+        frame.showHelp();
+        QCOMPARE(opened, QStringList{m_work.path() + "/Manual/HelpIndex.htm"});
+        QVERIFY(m_messages.texts().empty());
+
+        QFile::remove(m_work.path() + "/Manual/HelpIndex.htm");
+        frame.showHelp();
+        QCOMPARE(QString::fromStdString(m_messages.lastText()),
+                 QString("No help file was found. Please contact the vendor."));
+    }
+
+    void aboutShowsTheVersion() {
+        AboutDialog about;
+        auto* version = about.findChild<QLabel*>("version");
+        QVERIFY(version);
+        QCOMPARE(version->text(), QString("Version 8.9.1"));
+    }
+
+private:
+    QTemporaryDir m_settingsDir;
+    QTemporaryDir m_work;
+    RecordingMessageService m_messages;
+    ScriptedFileDialogs m_dialogs;
+};
+
+QTEST_MAIN(StartupTest)
+#include "StartupTest.moc"

@@ -1,0 +1,139 @@
+// The configuration record: its size, checks and the values rewritten when
+// a document at another audio rate is opened.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "TestFiles.h"
+#include "document/AppConfig.h"
+#include "document/AudioRate.h"
+#include "document/ByteOrder.h"
+#include "document/DocumentOpener.h"
+#include "document/MessageService.h"
+
+using namespace sonmetra;
+using namespace sonmetra::test;
+
+namespace {
+
+AppConfig::Record baseRecord() {
+    AppConfig c;
+    return c.toRecord();
+}
+
+void putText(AppConfig::Record& r, std::size_t at, const char* s) {
+    std::memset(r.data() + at, 0, 16);
+    std::memcpy(r.data() + at, s, std::strlen(s));
+}
+
+}  // namespace
+
+TEST(AppConfigTest, BuiltInChannelTable) {
+    AppConfig c;
+    EXPECT_EQ(c.m_rows[0].rateHz, 0);
+    EXPECT_EQ(c.m_rows[1].rateHz, 11000);
+    EXPECT_EQ(c.m_rows[6].bandwidthHz, 4000);
+    EXPECT_EQ(c.m_rows[7].rateHz, 5500);
+    EXPECT_EQ(c.m_rows[8].bandwidthHz, 2000);
+    EXPECT_EQ(c.m_rows[8].gain, 1);
+    EXPECT_EQ(c.audioRateHz(), 11000.0);
+}
+
+TEST(AppConfigTest, InputLineAndSourceAreComparedExactly) {
+    AppConfig::Record r = baseRecord();
+    putText(r, cfg::kInputLine, "Line");
+    AppConfig c;
+    ASSERT_TRUE(c.fromRecord(r));
+    EXPECT_EQ(c.m_inputLine, "Line");
+    putText(r, cfg::kInputLine, "line");
+    std::memcpy(r.data() + cfg::kSource, "external hardware", 18);
+    ASSERT_TRUE(c.fromRecord(r));
+    EXPECT_EQ(c.m_inputLine, "Mic");
+    EXPECT_EQ(c.m_source, "Computer");
+}
+
+TEST(AppConfigTest, RowValuesAreTakenOnlyInsideTheirRanges) {
+    struct Case {
+        std::size_t at;
+        std::int32_t value;
+        bool taken;
+    };
+    const Case cases[] = {{cfg::kRowRates, 45000, true},  {cfg::kRowRates, 45001, false}, {cfg::kRowRates, 1000, true},
+                          {cfg::kRowRates, 999, false},   {cfg::kRowGains, 350, true},    {cfg::kRowGains, 351, false},
+                          {cfg::kRowGains, 0, false},     {cfg::kRowBandwidths, 8000, true},
+                          {cfg::kRowBandwidths, 8001, false}, {cfg::kRowBandwidths, 0, false}};
+    for (const Case& k : cases) {
+        AppConfig::Record r = baseRecord();
+        putI32(r.data() + k.at + 4 * 3, k.value);  // row 3
+        AppConfig c;
+        const ChannelRow before = c.m_rows[3];
+        ASSERT_TRUE(c.fromRecord(r));
+        const std::int32_t got = k.at == cfg::kRowRates   ? c.m_rows[3].rateHz
+                                 : k.at == cfg::kRowGains ? c.m_rows[3].gain
+                                                          : c.m_rows[3].bandwidthHz;
+        const std::int32_t old = k.at == cfg::kRowRates   ? before.rateHz
+                                 : k.at == cfg::kRowGains ? before.gain
+                                                          : before.bandwidthHz;
+        EXPECT_EQ(got, k.taken ? k.value : old) << k.at << " " << k.value;
+    }
+}
+
+TEST(AppConfigTest, AnotherVersionIsNotTaken) {
+    AppConfig::Record r = baseRecord();
+    putText(r, cfg::kInputLine, "Line");
+    putText(r, cfg::kVersionText, "8.9.2");
+    AppConfig c;
+    EXPECT_FALSE(c.fromRecord(r));
+    EXPECT_EQ(c.m_inputLine, "Mic");
+}
+
+TEST(AppConfigTest, FileRoundTripKeepsEverySettingAndTheSize) {
+    TempDir dir;
+    AppConfig c;
+    c.m_inputLine = "Line";
+    c.m_source = "External Hardware";
+    c.m_rows[4] = {9, 22050, 8000, 350};
+    c.m_zoomRangeMs = 250.0;
+    c.m_analysis.pitch.method = PitchMethod::AutoCorrelation;
+    c.m_analysis.spectrogram.preEmphasis = 0.5;
+    c.m_channelSettings[19].smoothingLength = 9.0;
+    ASSERT_TRUE(c.writeFile(dir.file("c.cfg")));
+    EXPECT_EQ(readBytes(dir.file("c.cfg")).size(), 2224u);
+    AppConfig back;
+    ASSERT_TRUE(back.readFile(dir.file("c.cfg")));
+    EXPECT_EQ(back.toRecord(), c.toRecord());
+    EXPECT_EQ(back.m_analysis.pitch.method, PitchMethod::AutoCorrelation);
+    EXPECT_EQ(back.m_rows[4].gain, 350);
+
+    writeBytes(dir.file("short.cfg"), std::vector<std::uint8_t>(100, 0));
+    EXPECT_FALSE(back.readFile(dir.file("short.cfg")));
+}
+
+TEST(AppConfigTest, OpeningADocumentAtAnotherRateRewritesTheDerivedValues) {
+    RecordingMessageService messages;
+    ScopedMessageService install(&messages);
+    TempDir dir;
+    AppConfig config;
+    config.setFilePath(dir.file("SonmetraConf.cfg"));
+    setAudioRateInForce(config.audioRateHz());
+
+    CKestruneDoc doc;
+    fillSampleDocument(doc);
+    doc.channel(0).m_rateHz = 44100.0;
+    doc.channel(0).setSampleCountFromBlock();
+    ASSERT_TRUE(doc.saveAs(dir.file("fast.kvd"), 1));
+
+    CKestruneDoc opened;
+    DefaultImportDialogs dialogs;
+    ASSERT_TRUE(openDocument(opened, dir.file("fast.kvd"), dialogs, &config));
+    const auto bytes = readBytes(dir.file("SonmetraConf.cfg"));
+    ASSERT_EQ(bytes.size(), 2224u);
+    EXPECT_EQ(getI32(bytes.data() + 560, false), 5);      // cut(256000 / 44100)
+    EXPECT_EQ(getI32(bytes.data() + 568, false), 44000);  // cut(44.1) × 1000
+    EXPECT_EQ(getI32(bytes.data() + 960, false), 22000);  // cut(22.05) × 1000
+    EXPECT_EQ(getI32(bytes.data() + 980, false), 48);     // largest even <= 4 + 44
+    EXPECT_EQ(audioRateInForce(), 44100.0);
+    EXPECT_EQ(opened.m_analysis.fftLpc.lpcOrder, 48);
+    EXPECT_EQ(opened.m_analysis.fftLpc.frequencyRangeHz, 22000);
+    setAudioRateInForce(11000.0);
+}

@@ -1,0 +1,34 @@
+// Helpers for the document tests: temporary folders, files as bytes, and a
+// small multi-channel document with labels.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "document/CKestruneDoc.h"
+
+namespace sonmetra::test {
+
+// A fresh folder under the system's temporary folder, removed at the end.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    std::string file(const std::string& name) const { return (m_path / name).string(); }
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+std::vector<std::uint8_t> readBytes(const std::string& path);
+void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes);
+
+// Three channels (audio at 11025 Hz, two data channels at 1102.5 Hz) with
+// distinct samples, reserved words, calibration and labels.
+void fillSampleDocument(CKestruneDoc& doc);
+void fillChannel(CChannel& c, double rateHz, std::size_t samples, int seed);
+
+}  // namespace sonmetra::test
