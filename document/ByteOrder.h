@@ -53,7 +53,8 @@ inline std::int16_t swap16(std::int16_t v) {
 // Converts n samples in place from the given file byte order to the host's.
 inline void samplesFromFileOrder(std::int16_t* s, std::size_t n, bool bigEndian) {
     if (bigEndian == (std::endian::native == std::endian::big)) return;
-    for (std::size_t i = 0; i < n; ++i) s[i] = swap16(s[i]);
+    auto* u = reinterpret_cast<std::uint16_t*>(s);
+    for (std::size_t i = 0; i < n; ++i) u[i] = __builtin_bswap16(u[i]);
 }
 
 // Writes n samples little-endian; false when the write fails.

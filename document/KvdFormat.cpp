@@ -165,12 +165,20 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
         if (!(n >= 0.0) || n != std::trunc(n) || n * 2.0 > static_cast<double>(file.remaining()))
             return shortData(bigEndian);
         const auto samples = static_cast<std::size_t>(n);
-        if (!c.m_samples.resize(samples)) {
+        if (!c.m_samples.resizeForOverwrite(samples)) {
             showMessage(IDS_NO_MEMORY);
             return ReadStatus::Abandoned;
         }
-        if (file.read(c.m_samples.data(), samples * 2) != samples * 2) return shortData(bigEndian);
-        samplesFromFileOrder(c.m_samples.data(), samples, bigEndian);
+        // Read in slices and convert each while it is still in the cache.
+        constexpr std::size_t kSlice = std::size_t{1} << 18;
+        for (std::size_t at = 0; at < samples; at += kSlice) {
+            const std::size_t n = std::min(kSlice, samples - at);
+            if (file.read(c.m_samples.data() + at, n * 2) != n * 2) {
+                c.m_samples.clear();
+                return shortData(bigEndian);
+            }
+            samplesFromFileOrder(c.m_samples.data() + at, n, bigEndian);
+        }
     }
 
     doc.setChannelCount(count);

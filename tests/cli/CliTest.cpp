@@ -1,0 +1,130 @@
+// sonmetra-cli as a user runs it: outputs, exit codes and messages.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#include "../document/TestFiles.h"
+#include "document/DocumentOpener.h"
+#include "document/MessageService.h"
+
+using namespace sonmetra;
+using namespace sonmetra::test;
+
+namespace {
+
+struct Result {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+Result run(const std::string& args, const TempDir& dir) {
+    const std::string errFile = dir.file("stderr.txt");
+    const std::string command = std::string(SONMETRA_CLI) + " " + args + " 2>" + errFile;
+    std::FILE* pipe = popen(command.c_str(), "r");
+    Result r{-1, {}, {}};
+    char buf[4096];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
+    const int status = pclose(pipe);
+    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    const auto err = readBytes(errFile);
+    r.err.assign(err.begin(), err.end());
+    return r;
+}
+
+class CliTest : public ::testing::Test {
+protected:
+    TempDir dir;
+    RecordingMessageService messages;
+    ScopedMessageService install{&messages};
+    std::string sample;
+
+    void SetUp() override {
+        CKestruneDoc doc;
+        fillSampleDocument(doc);
+        sample = dir.file("sample.kvd");
+        ASSERT_TRUE(doc.saveAs(sample, 1));
+    }
+};
+
+}  // namespace
+
+TEST_F(CliTest, InfoDescribesEveryChannel) {
+    const Result r = run("info " + sample, dir);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("\"reader\": \"RVM_PC\""), std::string::npos);
+    EXPECT_NE(r.out.find("\"name\": \"Airflow\", \"units\": \"ml/s\", \"audio\": 0, \"rate\": 1102.5"),
+              std::string::npos);
+    EXPECT_NE(r.out.find("\"calibration\": [0.001, -0.25, 2.5, -10]"), std::string::npos);
+    EXPECT_NE(r.out.find("\"reserved\": {\"A\": 11, \"B\": 22, \"C\": -33, \"D\": 44, \"E\": 55, \"F\": 66, "
+                         "\"G\": 2147483647}"),
+              std::string::npos);
+    EXPECT_NE(r.out.find("{\"time_ms\": 250.5, \"text\": \"label at 250\"}"), std::string::npos);
+}
+
+TEST_F(CliTest, SamplesPrintsTheChosenChannel) {
+    CKestruneDoc doc;
+    DefaultImportDialogs dialogs;
+    ASSERT_TRUE(openDocument(doc, sample, dialogs));
+    const Result r = run("samples " + sample + " --channel 3", dir);
+    ASSERT_EQ(r.status, 0);
+    std::string expected;
+    for (std::int16_t s : doc.channel(2).m_samples) expected += std::to_string(s) + "\n";
+    EXPECT_EQ(r.out, expected);
+    // Default: the audio channel.
+    const Result audio = run("samples " + sample, dir);
+    EXPECT_EQ(audio.out.substr(0, audio.out.find('\n')), std::to_string(doc.channel(0).m_samples[0]));
+}
+
+TEST_F(CliTest, ConvertWritesTheSelectionAsSaveSelectionAsDoes) {
+    const std::string out = dir.file("part.kvd");
+    const Result r = run("convert " + sample + " " + out + " --from-ms 100 --to-ms 250.5", dir);
+    ASSERT_EQ(r.status, 0) << r.err;
+
+    CKestruneDoc doc;
+    DefaultImportDialogs dialogs;
+    ASSERT_TRUE(openDocument(doc, sample, dialogs));
+    for (int i = 0; i < doc.channelCount(); ++i) {
+        CChannel& c = doc.channel(i);
+        c.m_selStartMs = 100.0;
+        c.m_selEndMs = 250.5;
+        c.m_selStartSample = std::trunc(100.0 * c.m_sampleCount / c.m_durationMs);
+        c.m_selEndSample = std::trunc(250.5 * c.m_sampleCount / c.m_durationMs);
+    }
+    ASSERT_TRUE(doc.saveSelectionAs(dir.file("expected.kvd")));
+    EXPECT_EQ(readBytes(out), readBytes(dir.file("expected.kvd")));
+
+    const Result whole = run("convert " + sample + " " + dir.file("whole.kvd"), dir);
+    ASSERT_EQ(whole.status, 0);
+    EXPECT_EQ(readBytes(dir.file("whole.kvd")), readBytes(sample));
+
+    const Result wav = run("convert " + sample + " " + dir.file("ch2.wav") + " --channel 2", dir);
+    ASSERT_EQ(wav.status, 0);
+    EXPECT_EQ(readBytes(dir.file("ch2.wav")).size(), 44u + 2 * 441);
+}
+
+TEST_F(CliTest, FailuresShowTheWorkstationsMessageAndBadUsageExitsTwo) {
+    writeBytes(dir.file("junk.bin"), std::vector<std::uint8_t>(100, 0xff));
+    const Result junk = run("info " + dir.file("junk.bin"), dir);
+    EXPECT_EQ(junk.status, 1);
+    EXPECT_EQ(junk.err, "Wrong file type.\n");
+
+    writeBytes(dir.file("empty.kvd"), {});
+    EXPECT_EQ(run("info " + dir.file("empty.kvd"), dir).err, "The file has zero length.\n");
+
+    const Result missing = run("info " + dir.file("missing.kvd"), dir);
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("Cannot open the file"), std::string::npos);
+
+    for (const std::string& bad : {std::string("frobnicate ") + sample, std::string("info"),
+                                   "samples " + sample + " --channel 9", "samples " + sample + " --channel x",
+                                   "convert " + sample + " out.txt", "convert " + sample + " o.kvd --from-ms 5"}) {
+        const Result r = run(bad, dir);
+        EXPECT_EQ(r.status, 2) << bad;
+        EXPECT_NE(r.err.find("usage: sonmetra-cli"), std::string::npos) << bad;
+    }
+}
