@@ -4,6 +4,8 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFont>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QSettings>
 
 #include "Startup.h"
@@ -71,6 +73,9 @@ bool CKestruneApp::initInstance() {
     registerFeatures();
     m_frame = std::make_unique<CMainFrame>();
     for (const QString& f : m_filesToOpen) m_frame->openDocumentFile(f);
+    // Without a window manager "maximised" means nothing; take the screen's
+    // available area first so that the frame fills it either way.
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) m_frame->setGeometry(screen->availableGeometry());
     m_frame->showMaximized();
     return true;
 }

@@ -1,9 +1,17 @@
 // Every feature of the waveform view registers its menu commands and view
 // extensions here, once, before the main frame builds its menus.
 #include "CKestruneApp.h"
+#include "frame/FrameViewCommands.h"
+#include "view/EditCommands.h"
+#include "view/LabelController.h"
+#include "view/WaveformCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
     if (registered) return;
     registered = true;
+    registerWaveformViewCommands();
+    registerFrameViewCommands();
+    registerEditCommands();
+    registerLabelCommands();
 }

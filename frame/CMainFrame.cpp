@@ -13,12 +13,16 @@
 
 #include "AboutDialog.h"
 #include "CChildFrame.h"
+#include "CStatusWindow.h"
 #include "DocumentCommands.h"
+#include "ExportChannel.h"
 #include "FileDialogs.h"
+#include "ImportDialogs.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
+#include "log/CFrameLog.h"
 #include "res/StringTable.h"
 #include "view/AppServices.h"
 #include "view/ViewCommands.h"
@@ -50,6 +54,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     AppServices::instance().mdiArea = m_mdi;
     AppServices::instance().mainWindow = this;
 
+    createStatusWindow(this);
     buildFileMenu();
     buildViewCommandMenus();
     buildWindowMenu();
@@ -112,6 +117,11 @@ void CMainFrame::buildFileMenu() {
         [doc] { return doc() && doc()->holdsData(); });
     add("Save Se&lection As...", [this, doc] { DocumentCommands::saveSelectionAs(this, *doc()); },
         [doc] { return doc() && doc()->selectionFlag(); });
+    add("&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
+        [doc] { return doc() && doc()->holdsData(); });
+    m->addSeparator();
+    add("New &Log", [this] { newLog(m_mdi); });
+    add("Open L&og...", [this] { openLog(m_mdi, this); });
     m->addSeparator();
     add("Load Configuration...", [this] { loadConfiguration(); });
     add("Save Configuration...", [this] { saveConfiguration(); });
@@ -194,7 +204,11 @@ void CMainFrame::updateCommandStates() {
 
 CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {
     m_mdi->addSubWindow(frame);
-    frame->show();
+    // A lone document fills the workspace; further ones open beside it.
+    if (m_mdi->subWindowList().size() == 1)
+        frame->showMaximized();
+    else
+        frame->show();
     m_mdi->setActiveSubWindow(frame);
     updateCommandStates();
     return frame;
@@ -215,7 +229,7 @@ CChildFrame* CMainFrame::openDocumentFile(const QString& path) {
         }
     }
     auto doc = std::make_shared<CKestruneDoc>();
-    sonmetra::DefaultImportDialogs dialogs;
+    CImportDialogs dialogs(this);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool ok = sonmetra::openDocument(*doc, absolute.toStdString(), dialogs, AppServices::instance().config);
     QApplication::restoreOverrideCursor();

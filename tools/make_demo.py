@@ -75,14 +75,16 @@ def main():
         audio = read_wav(wav)
 
     env = envelope(audio, 441)
+    peak = max(env) or 1.0
     slow_rate = RATE / SLOW_DIVISOR
     flow = []
     pressure = []
     for k in range(len(audio) // SLOW_DIVISOR):
         e = env[k * SLOW_DIVISOR]
         t = k / slow_rate
-        flow.append(int(max(-32768, min(32767, 40 * e + 800 * math.sin(2 * math.pi * 0.25 * t)))))
-        pressure.append(int(max(-32768, min(32767, 6000 * math.exp(-e / 800.0) * (1 + 0.1 * math.sin(2 * math.pi * 3 * t)) - 3000))))
+        level = e / peak  # 0 in silence, 1 at the loudest moment
+        flow.append(int(20000 * level - 6000 + 1500 * math.sin(2 * math.pi * 0.25 * t)))
+        pressure.append(int(16000 * math.exp(-4.0 * level) * (1 + 0.1 * math.sin(2 * math.pi * 3 * t)) - 8000))
 
     def dur(n, rate):
         return n * 1000.0 / rate
