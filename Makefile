@@ -19,7 +19,7 @@ PACKAGES := cmake ninja-build g++ pkg-config \
 BENCH_PACKAGES := praat
 FUZZ_PACKAGES := clang libclang-rt-14-dev
 
-.PHONY: all deps build run test test-build test-asan tsan bench fuzz clean
+.PHONY: all deps build run test test-asan tsan bench fuzz clean install
 
 all: build
 
@@ -84,3 +84,9 @@ fuzz: deps
 
 clean:
 	rm -rf build build-asan build-tsan build-fuzz fuzz-out
+
+# Installs the programs, the manual, the desktop entry and the *.kvd MIME type.
+install: build
+	$(SUDO) cmake --install $(BUILD)
+	-$(SUDO) update-mime-database /usr/local/share/mime >/dev/null 2>&1
+	-$(SUDO) update-desktop-database /usr/local/share/applications >/dev/null 2>&1
