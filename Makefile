@@ -66,7 +66,8 @@ tsan: deps
 
 bench: build
 	$(call install_missing,$(BENCH_PACKAGES))
-	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] || continue; echo "== $$b"; "$$b" || exit 1; done
+	@[ -n "$$DISPLAY" ] || export QT_QPA_PLATFORM=offscreen; \
+	for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] || continue; echo "== $$b"; "$$b" || exit 1; done
 	@if [ -x bench/compare-praat.sh ]; then bench/compare-praat.sh $(BUILD); fi
 
 fuzz: deps
