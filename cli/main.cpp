@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 
+#include "AnalysisCommands.h"
 #include "CliArgs.h"
 #include "CliCommon.h"
 #include "JsonInfo.h"
@@ -11,10 +12,6 @@
 #include "document/MessageService.h"
 #include "document/UserException.h"
 #include "document/WavWriter.h"
-#if __has_include("cli/AnalysisCommands.h")
-#include "cli/AnalysisCommands.h"
-#define SONMETRA_CLI_ANALYSIS 1
-#endif
 
 namespace {
 
@@ -69,17 +66,12 @@ int runConvert(const CliArgs& args, CKestruneDoc& doc) {
 int run(int argc, char** argv) {
     std::set<std::string> valueOptions = {"channel", "wav-channel", "raw-header", "raw-rate",
                                           "raw-bits", "raw-order",   "from-ms",    "to-ms"};
-#ifdef SONMETRA_CLI_ANALYSIS
     for (const auto& name : analysisValueOptions()) valueOptions.insert(name);
-#endif
     const CliArgs args = parseCliArgs(argc, argv, valueOptions);
     if (args.command.empty()) throw UsageError("no command given");
 
-    const bool known = args.command == "info" || args.command == "samples" || args.command == "convert"
-#ifdef SONMETRA_CLI_ANALYSIS
-                       || isAnalysisCommand(args.command)
-#endif
-        ;
+    const bool known = args.command == "info" || args.command == "samples" || args.command == "convert" ||
+                       isAnalysisCommand(args.command);
     if (!known) throw UsageError("unknown command '" + args.command + "'");
     if (args.positional.empty()) throw UsageError(args.command + " needs a FILE");
 
@@ -100,12 +92,8 @@ int run(int argc, char** argv) {
         openForCli(args.positional[0], args, doc);
         return runConvert(args, doc);
     }
-#ifdef SONMETRA_CLI_ANALYSIS
     openForCli(args.positional[0], args, doc);
     return runAnalysisCommand(args, doc, std::cout);
-#else
-    return 2;
-#endif
 }
 
 }  // namespace
@@ -116,9 +104,7 @@ int main(int argc, char** argv) {
         return run(argc, argv);
     } catch (const UsageError& e) {
         std::cerr << "sonmetra-cli: " << e.what() << '\n' << kUsage;
-#ifdef SONMETRA_CLI_ANALYSIS
         std::cerr << '\n' << analysisUsage();
-#endif
         std::cerr << '\n';
         return 2;
     } catch (const CommandFailed&) {

@@ -1,0 +1,69 @@
+#include "analysis/ChannelAnalysis.h"
+
+#include <algorithm>
+#include <new>
+
+#include "analysis/IntensityContour.h"
+#include "analysis/SmoothSamples.h"
+
+namespace sonmetra {
+namespace {
+
+// The samples the channel really holds, whatever its count field says.
+double usableCount(const CChannel& ch) { return std::min(ch.m_sampleCount, static_cast<double>(ch.m_samples.size())); }
+
+}  // namespace
+
+bool ComputeIntensity(CChannel& ch) {
+    ch.m_intensity.clear();
+    ch.m_intensity.shrink_to_fit();
+    ch.m_intensityValid = 0;
+    ch.m_intensityMin = 0.0;
+    ch.m_intensityMax = 0.0;
+    const double window = ch.m_intensityWindowMs * ch.m_rateHz * 0.001 + 0.5;
+    const double step = ch.m_intensityStepMs * ch.m_rateHz * 0.001;
+    const double count = usableCount(ch);
+    std::vector<double> contour;
+    try {
+        contour.assign(static_cast<std::size_t>(count > 0.0 ? count : 0.0), 0.0);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    double minimum = 0.0, maximum = 0.0;
+    if (!IntensityContour(ch.m_samples.data(), contour.data(), minimum, maximum, ch.m_reference, 0.0, window, step,
+                          count, ch.m_normalise, 0))
+        return false;
+    ch.m_intensity = std::move(contour);
+    ch.m_intensityMin = minimum;
+    ch.m_intensityMax = maximum;
+    ch.m_intensityValid = 1;
+    return true;
+}
+
+bool SmoothChannel(CChannel& ch) {
+    if (ch.m_smoothingOn == 0) return true;
+    SmoothSamples(ch.m_samples.data(), usableCount(ch), ch.m_smoothingLength);
+    return true;
+}
+
+AnalysisStatus ComputeIntensityAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress) {
+    const int count = doc.channelCount();
+    for (int i = 0; i < count; ++i) {
+        CChannel& ch = doc.channel(i);
+        ch.m_intensityShown = 1;
+        if (!ComputeIntensity(ch)) return AnalysisStatus::Failed;
+        if (progress && !progress(i + 1, count)) return AnalysisStatus::Cancelled;
+    }
+    return AnalysisStatus::Ok;
+}
+
+AnalysisStatus SmoothAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress) {
+    const int count = doc.channelCount();
+    for (int i = 0; i < count; ++i) {
+        if (!SmoothChannel(doc.channel(i))) return AnalysisStatus::Failed;
+        if (progress && !progress(i + 1, count)) return AnalysisStatus::Cancelled;
+    }
+    return AnalysisStatus::Ok;
+}
+
+}  // namespace sonmetra

@@ -1,0 +1,37 @@
+// The analyses that act on a document channel in place: its intensity contour
+// and its smoothing. They read the channel's own settings (window, step,
+// normalise, smoothing flag and length) and its reference level as the offset
+// subtracted from every sample.
+//
+// ComputeIntensity: window = window ms · rate · 0.001 + 0.5 (fractional, not
+// cut: the averaging divides by it), step = step ms · rate · 0.001; a contour of
+// one value per sample in dB (IntensityContour, start 0). Returns false on
+// failure (no memory, or a step that is not above 0); the channel then holds
+// no contour.
+//
+// SmoothChannel: with the channel's smoothing flag on, the forward-looking
+// moving average of SmoothSamples over its samples.
+#pragma once
+
+#include "analysis/AnalysisTypes.h"
+#include "document/CChannel.h"
+#include "document/CKestruneDoc.h"
+
+namespace sonmetra {
+
+inline constexpr const char* kIntensityFailedText = " Intensity function failed ";
+inline constexpr const char* kSmoothFailedText = " Smmoth function failed ";
+
+bool ComputeIntensity(CChannel& channel);
+bool SmoothChannel(CChannel& channel);
+
+// The "Intensity" and "Smooth" commands' loops over every channel of the
+// document, in channel order; "Intensity" also sets each channel's display
+// flag. The progress callback runs after every channel and may cancel before
+// the next one. A failure stops the loop at that channel (Failed); channels
+// already done keep their results. The caller shows kIntensityFailedText or
+// kSmoothFailedText.
+AnalysisStatus ComputeIntensityAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress = {});
+AnalysisStatus SmoothAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress = {});
+
+}  // namespace sonmetra

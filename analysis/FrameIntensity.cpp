@@ -1,0 +1,35 @@
+#include "analysis/FrameIntensity.h"
+
+#include <cmath>
+
+namespace sonmetra {
+
+void FrameIntensity(const std::int16_t* samples, double* values, double& minimum, double& maximum, double offset,
+                    double start, double frameLength, double step, int count, int normalise, int linear) {
+    minimum = 1e8;
+    maximum = -1e8;
+    for (int f = 0; f < count; ++f) {
+        const double begin = f * step + start;
+        double sum = 0.0;
+        for (long j = static_cast<long>(begin); j < begin + frameLength; ++j) {
+            const double v = samples[j] - offset;
+            sum += v * v;
+        }
+        const double mean = sum / frameLength;
+        double value;
+        if (mean < 1.0)
+            value = 0.0;
+        else
+            value = linear != 0 ? mean : 10.0 * std::log10(mean);
+        values[f] = value;
+        if (value < minimum) minimum = value;
+        if (value > maximum) maximum = value;
+    }
+    if (normalise != 0) {
+        for (int f = 0; f < count; ++f) values[f] -= minimum;
+        maximum -= minimum;
+        minimum = 0.0;
+    }
+}
+
+}  // namespace sonmetra

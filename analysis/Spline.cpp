@@ -1,0 +1,75 @@
+#include "analysis/Spline.h"
+
+#include <cstdio>
+#include <memory>
+#include <new>
+
+namespace sonmetra {
+namespace {
+
+std::function<void()>& failureNotice() {
+    static std::function<void()> notice = [] { std::fputc('\a', stderr); };
+    return notice;
+}
+
+}  // namespace
+
+void SetSplineFailureNotice(std::function<void()> notice) { failureNotice() = std::move(notice); }
+
+void Spline(const double* x, const double* y, int n, double yp1, double ypn, double* y2) {
+    if (n < 1) return;
+    // One more element than points so that index n − 1 = 0 stays inside for n = 1.
+    std::unique_ptr<double[]> u(new (std::nothrow) double[static_cast<std::size_t>(n) + 1]);
+    if (!u) {
+        if (failureNotice()) failureNotice()();
+        return;
+    }
+    u[0] = 0.0;
+    if (yp1 > 9.9e29) {
+        y2[1] = u[1] = 0.0;
+    } else {
+        y2[1] = -0.5;
+        u[1] = (3.0 / (x[2] - x[1])) * ((y[2] - y[1]) / (x[2] - x[1]) - yp1);
+    }
+    for (int i = 2; i <= n - 1; ++i) {
+        const double sig = (x[i] - x[i - 1]) / (x[i + 1] - x[i - 1]);
+        const double p = sig * y2[i - 1] + 2.0;
+        y2[i] = (sig - 1.0) / p;
+        u[i] = (y[i + 1] - y[i]) / (x[i + 1] - x[i]) - (y[i] - y[i - 1]) / (x[i] - x[i - 1]);
+        u[i] = (6.0 * u[i] / (x[i + 1] - x[i - 1]) - sig * u[i - 1]) / p;
+    }
+    double qn, un;
+    if (ypn > 9.9e29) {
+        qn = un = 0.0;
+    } else {
+        qn = 0.5;
+        un = (3.0 / (x[n] - x[n - 1])) * (ypn - (y[n] - y[n - 1]) / (x[n] - x[n - 1]));
+    }
+    if (n >= 2) {
+        y2[n] = (un - qn * u[n - 1]) / (qn * y2[n - 1] + 1.0);
+    } else {
+        y2[n] = 0.0;  // a single point: both ends natural, nothing to solve
+    }
+    for (int k = n - 1; k >= 1; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
+}
+
+int SplineValue(const double* x, const double* y, const double* y2, int n, double at, double& result) {
+    int klo = 1, khi = n;
+    if (n - 1 >= 2) {
+        while (khi - klo > 1) {
+            const int k = (khi + klo) / 2;
+            if (x[k] > at)
+                khi = k;
+            else
+                klo = k;
+        }
+    }
+    const double h = x[khi] - x[klo];
+    if (h == 0.0) return 1;
+    const double a = (x[khi] - at) / h;
+    const double b = (at - x[klo]) / h;
+    result = a * y[klo] + b * y[khi] + ((a * a * a - a) * y2[klo] + (b * b * b - b) * y2[khi]) * (h * h) / 6.0;
+    return 0;
+}
+
+}  // namespace sonmetra
