@@ -8,3 +8,9 @@ if(SONMETRA_TSAN)
   add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
   add_link_options(-fsanitize=thread)
 endif()
+if(SONMETRA_FUZZ)
+  # Coverage and sanitizers in every library the fuzz targets link, so that
+  # libFuzzer sees inside the readers.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

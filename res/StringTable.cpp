@@ -79,6 +79,11 @@ constexpr Entry kStrings[] = {
     {IDS_CUT_WHOLE_SIGNAL, "The whole signal cannot be cut: every channel must keep at least one sample."},
     {IDS_LOG_WRITE_ERROR, "Error in writing the log file."},
 
+    {IDS_BITMAP_WRITE_ERROR, "The bitmap could not be written to '%s'."},
+    {IDS_SCREEN_CAPTURE_ERROR, "The screen could not be captured."},
+    {IDS_CONFIG_WRITE_ERROR,
+     "The settings could not be written to the configuration file '%s'.\nThey stay in force until the program ends."},
+
     {IDS_SAMPLES_CLIPPED, "%s samples were beyond 16-bit full scale and have been clipped."},
 };
 

@@ -73,6 +73,11 @@ enum StringId : int {
     IDS_CUT_WHOLE_SIGNAL = 61720,
     IDS_LOG_WRITE_ERROR,
 
+    // Waveform view: bitmaps, screen dump, display settings.
+    IDS_BITMAP_WRITE_ERROR = 61850,  // "%s": the path
+    IDS_SCREEN_CAPTURE_ERROR,
+    IDS_CONFIG_WRITE_ERROR,  // "%s": the path
+
     // Sound file import.
     IDS_SAMPLES_CLIPPED = 61900,  // "%s samples ... clipped": count of samples beyond 16-bit full scale
 };
