@@ -85,8 +85,7 @@ void EditClipboard::copyFrom(const CKestruneDoc& doc) {
         // The range in whole samples; its ms form follows from it, so that the
         // duration of every edited channel stays count × ms per sample.
         const std::size_t first = wholeSample(src.m_selStartSample, src.m_samples.size());
-        const std::size_t length =
-            wholeSample(src.m_selEndSample - src.m_selStartSample, src.m_samples.size() - first);
+        const std::size_t length = wholeSample(src.m_selEndSample - src.m_selStartSample, src.m_samples.size() - first);
         const double ratio = msPerSampleOf(src);
         clip.lengthSamples = static_cast<double>(length);
         clip.lengthMs = clip.lengthSamples * ratio;
@@ -103,7 +102,7 @@ void EditClipboard::copyFrom(const CKestruneDoc& doc) {
         rec.m_intensityShown = 0;
 
         rec.m_samples.clear();
-        if (!rec.m_samples.resize(length)) {
+        if (!rec.m_samples.resizeForOverwrite(length)) {
             beep();
             showMessage(IDS_NO_MEMORY);
             throw UserException();

@@ -1,5 +1,8 @@
 #include "EditOperations.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -65,8 +68,14 @@ std::string UndoTempFile::pathFor(const std::string& folder, const std::string& 
 }
 
 bool UndoTempFile::write(const CKestruneDoc& doc) {
-    std::FILE* f = std::fopen(m_path.c_str(), "wb");
+    // The file is overwritten in place and cut to its new length at the end
+    // rather than truncated first: rewriting pages the system already holds
+    // is several times faster than giving them back and allocating anew,
+    // and each edit rewrites a file of about the same size.
+    const int fd = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    std::FILE* f = fd >= 0 ? ::fdopen(fd, "wb") : nullptr;
     if (!f) {
+        if (fd >= 0) ::close(fd);
         showMessage(IDS_TEMP_SAVE_ERROR);
         return false;
     }
@@ -75,6 +84,8 @@ bool UndoTempFile::write(const CKestruneDoc& doc) {
     std::setvbuf(f, nullptr, _IOFBF, 1 << 20);
     bool ok = writeKvd(f, doc, false);
     ok = (std::fflush(f) == 0) && ok;
+    const off_t length = ::ftello(f);
+    ok = ok && length >= 0 && ::ftruncate(fd, length) == 0;
     ok = (std::fclose(f) == 0) && ok;
     if (!ok) showMessage(IDS_TEMP_SAVE_ERROR);
     return ok;
@@ -178,8 +189,9 @@ void replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const
     const double ratio = msPerSampleOf(c);
 
     if (added > removeCount) {
-        // Reserving the exact size first keeps the block from doubling.
-        if (!s.reserve(newSize) || !s.resize(newSize)) abandonWith(IDS_NO_MEMORY);
+        // Reserving the exact size first keeps the block from doubling;
+        // the new part is overwritten at once, so it is not zeroed first.
+        if (!s.reserve(newSize) || !s.resizeForOverwrite(newSize)) abandonWith(IDS_NO_MEMORY);
         std::memmove(s.data() + first + added, s.data() + first + removeCount, tail * 2);
     } else if (added < removeCount) {
         std::memmove(s.data() + first + added, s.data() + first + removeCount, tail * 2);

@@ -1,0 +1,68 @@
+// Small documents for the edit tests: channels at 1000 Hz (1 ms per sample)
+// so that sample positions and times read alike, sample i holding a value
+// that names its channel and index.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "document/CKestruneDoc.h"
+
+namespace sonmetra::test {
+
+inline std::int16_t valueOf(int channel, int index) { return static_cast<std::int16_t>(channel * 1000 + index); }
+
+inline CLabel makeLabel(double timeMs, const std::string& text) {
+    CLabel l;
+    l.timeMs = timeMs;
+    l.text = text;
+    return l;
+}
+
+// `channels` channels of `samples` samples each at rateHz.
+inline void fillDocument(CKestruneDoc& doc, int channels, int samples, double rateHz = 1000.0) {
+    doc.clearChannels();
+    for (int ch = 0; ch < channels; ++ch) {
+        CChannel& c = doc.channel(ch);
+        c.m_inUse = 1;
+        c.m_audio = ch == 0 ? 1 : 0;
+        c.m_rateHz = rateHz;
+        c.m_name = "ch" + std::to_string(ch + 1);
+        EXPECT_TRUE(c.m_samples.resize(static_cast<std::size_t>(samples)));
+        for (int i = 0; i < samples; ++i) c.m_samples[static_cast<std::size_t>(i)] = valueOf(ch, i);
+        c.m_sampleCount = samples;
+        c.m_durationMs = samples * 1000.0 / rateHz;
+        c.resetDisplayToWhole();
+    }
+    doc.setChannelCount(channels);
+    doc.setHoldsData(true);
+}
+
+// Sets the same selection [startSample, endSample) on every channel.
+inline void selectSamples(CKestruneDoc& doc, double startSample, double endSample) {
+    for (int ch = 0; ch < doc.channelCount(); ++ch) {
+        CChannel& c = doc.channel(ch);
+        const double r = c.msPerSample();
+        c.m_selStartSample = startSample;
+        c.m_selEndSample = endSample;
+        c.m_selStartMs = startSample * r;
+        c.m_selEndMs = endSample * r;
+    }
+    doc.setSelectionFlag(true);
+}
+
+inline void placeCursor(CKestruneDoc& doc, double sample) {
+    for (int ch = 0; ch < doc.channelCount(); ++ch) doc.channel(ch).setCursorSample(sample);
+}
+
+inline std::vector<int> samplesOf(const CChannel& c) {
+    return std::vector<int>(c.m_samples.begin(), c.m_samples.end());
+}
+
+inline std::vector<double> labelTimes(const CChannel& c) {
+    std::vector<double> t;
+    for (const CLabel& l : c.m_labels) t.push_back(l.timeMs);
+    return t;
+}
+
+}  // namespace sonmetra::test
