@@ -1,7 +1,9 @@
 // Every feature of the waveform view registers its menu commands and view
 // extensions here, once, before the main frame builds its menus.
 #include "CKestruneApp.h"
+#include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
+#include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
@@ -14,4 +16,7 @@ void CKestruneApp::registerFeatures() {
     registerFrameViewCommands();
     registerEditCommands();
     registerLabelCommands();
+    registerRecordPlayCommands();
+    // Saving before a recording uses the main frame's own Save As dialog.
+    CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }

@@ -44,6 +44,14 @@ MsgAnswer QtMessageService::show(const std::string& text, MsgButtons buttons, Ms
     // A worker thread's report is shown by the interface thread; the worker
     // waits for the answer.
     if (QThread::currentThread() != qApp->thread()) {
+        // A report with only OK is shown later by the interface thread and
+        // the worker goes on at once: the interface thread may be waiting to
+        // join that worker, and must never wait on it in turn.
+        if (buttons == MsgButtons::Ok) {
+            QMetaObject::invokeMethod(qApp, [text, icon] { showOnGuiThread(text, MsgButtons::Ok, icon); },
+                                      Qt::QueuedConnection);
+            return MsgAnswer::Ok;
+        }
         MsgAnswer answer = MsgAnswer::Cancel;
         QMetaObject::invokeMethod(
             qApp, [&] { answer = showOnGuiThread(text, buttons, icon); }, Qt::BlockingQueuedConnection);

@@ -1,0 +1,153 @@
+// End to end through real sound software: CWaveOut plays a tone into a null
+// sink of a private PulseAudio daemon while CWaveIn records the sink's
+// monitor, both through PortAudio and ALSA's pulse plugin.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <numbers>
+#include <thread>
+#include <vector>
+
+#include "document/MessageService.h"
+#include "document/SampleBlock.h"
+#include "io/AutoResetEvent.h"
+#include "io/CWaveIn.h"
+#include "io/CWaveOut.h"
+#include "io/PortAudioWaveDevice.h"
+#include "tests/io/PulseFixture.h"
+#include "tests/io/ToneAnalysis.h"
+
+namespace sonmetra {
+namespace {
+
+using namespace std::chrono_literals;
+constexpr unsigned kRateHz = 44100;
+
+SampleBlock tone(double frequencyHz, double seconds) {
+    SampleBlock block;
+    EXPECT_TRUE(block.resize(static_cast<std::size_t>(seconds * kRateHz)));
+    for (std::size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<std::int16_t>(12000.0 * std::sin(2.0 * std::numbers::pi * frequencyHz * i / kRateHz));
+    return block;
+}
+
+class Loopback : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_daemon = new test::PulseAudioDaemon;
+        if (!s_daemon->start(s_whyNot)) return;
+        s_driver = PortAudioWaveDriver::create();
+        warmUp();
+    }
+    // A fresh daemon takes a second or two to deliver the first sound of
+    // its monitor; one short capture through the device layer gets that
+    // out of the way, so that the tests measure the engines only.
+    static void warmUp() {
+        auto event = std::make_shared<AutoResetEvent>();
+        std::unique_ptr<IWaveInDevice> device;
+        const WaveFormat format{kWaveFormatPcm, 1, kRateHz, 2 * kRateHz, 2, 16, 0};
+        if (s_driver->inputDeviceCount() == 0 || s_driver->openInput(0, format, event, device) != kWaveNoError) return;
+        std::vector<std::int16_t> samples(4410);
+        WaveHeader header;
+        header.data = samples.data();
+        header.bufferLengthBytes = static_cast<std::uint32_t>(2 * samples.size());
+        device->prepareHeader(header);
+        device->addBuffer(header);
+        device->start();
+        event->wait();  // the open signal
+        event->waitFor(10s);
+        device->reset();
+        device->close();
+    }
+    static void TearDownTestSuite() {
+        s_driver.reset();
+        delete s_daemon;
+        s_daemon = nullptr;
+    }
+    void SetUp() override {
+        if (!s_whyNot.empty()) GTEST_SKIP() << "PulseAudio cannot start here: " << s_whyNot;
+        ASSERT_TRUE(s_driver->initialised());
+        ASSERT_EQ(s_driver->inputDeviceCount(), 1u) << "no default input through the pulse plugin";
+        ASSERT_EQ(s_driver->outputDeviceCount(), 1u) << "no default output through the pulse plugin";
+    }
+    std::shared_ptr<IWaveDriver> driver() { return s_driver; }
+
+    // Records while `out` plays: until a streamed playback has ended by
+    // itself (at most `playTime`), or for `playTime` in single-buffer mode.
+    void recordWhilePlaying(CWaveIn& in, CWaveOut& out, std::chrono::milliseconds playTime) {
+        ASSERT_EQ(in.OpenMic(), kWaveNoError);
+        ASSERT_EQ(in.Start(), kWaveNoError);
+        std::this_thread::sleep_for(300ms);
+        ASSERT_EQ(out.Play(), kWaveNoError);
+        ASSERT_EQ(out.Restart(), kWaveNoError);
+        const auto deadline = std::chrono::steady_clock::now() + playTime;
+        while (std::chrono::steady_clock::now() < deadline && (out.singleBuffer() || out.isOpen()))
+            std::this_thread::sleep_for(20ms);
+        out.Pause();
+        out.Stop();
+        std::this_thread::sleep_for(500ms);
+        in.Stop();
+        in.Close();
+    }
+
+    static inline test::PulseAudioDaemon* s_daemon = nullptr;
+    static inline std::shared_ptr<PortAudioWaveDriver> s_driver;
+    static inline std::string s_whyNot;
+    RecordingMessageService m_messages;
+    ScopedMessageService m_scope{&m_messages};
+};
+
+// The loudest whole capture buffer of a recording, which must hold the tone.
+void expectTone(const SampleBlock& recording, int bufferLength, double frequencyHz) {
+    const std::size_t buffers = recording.size() / static_cast<std::size_t>(bufferLength);
+    std::size_t loudest = 0;
+    double loudestRms = 0.0;
+    for (std::size_t b = 0; b < buffers; ++b) {
+        const double level = test::rms(recording.data() + b * bufferLength, static_cast<std::size_t>(bufferLength));
+        if (level > loudestRms) {
+            loudestRms = level;
+            loudest = b;
+        }
+    }
+    ASSERT_GT(loudestRms, 1000.0) << "the tone did not reach the recording";
+    const auto peak =
+        test::strongestPeak(recording.data() + loudest * bufferLength, static_cast<std::size_t>(bufferLength), kRateHz);
+    EXPECT_LE(std::fabs(peak.frequencyHz - frequencyHz), peak.binWidthHz)
+        << "peak at " << peak.frequencyHz << " Hz, bin " << peak.binWidthHz << " Hz";
+}
+
+TEST_F(Loopback, StreamedToneIsRecordedInWholeBuffers) {
+    const SampleBlock source = tone(440.0, 3.0);
+    SampleBlock recording;
+    CWaveIn in(driver());
+    in.Init(&recording, kRateHz, 16, nullptr);
+    CWaveOut out(driver());
+    out.Load(source, 0, static_cast<int>(source.size()), kRateHz, 0, 0);
+    recordWhilePlaying(in, out, 8s);
+
+    EXPECT_TRUE(m_messages.texts().empty()) << m_messages.lastText();
+    EXPECT_EQ(in.bufferLength(), 18063);
+    EXPECT_EQ(recording.size(), static_cast<std::size_t>(in.buffersAppended()) * 18063u);
+    // At least the 3 s of the tone, in buffers of 0.4096 s.
+    EXPECT_GE(in.buffersAppended(), 7);
+    expectTone(recording, in.bufferLength(), 440.0);
+}
+
+TEST_F(Loopback, ShortToneGoesOutAsOneBuffer) {
+    const SampleBlock source = tone(660.0, 0.9);
+    SampleBlock recording;
+    CWaveIn in(driver());
+    in.Init(&recording, kRateHz, 16, nullptr);
+    CWaveOut out(driver());
+    out.Load(source, 0, static_cast<int>(source.size()), kRateHz, 1, 0);
+    ASSERT_TRUE(out.singleBuffer());
+    recordWhilePlaying(in, out, 2500ms);
+
+    EXPECT_TRUE(m_messages.texts().empty()) << m_messages.lastText();
+    EXPECT_EQ(recording.size(), static_cast<std::size_t>(in.buffersAppended()) * 18063u);
+    expectTone(recording, in.bufferLength(), 660.0);
+}
+
+}  // namespace
+}  // namespace sonmetra
