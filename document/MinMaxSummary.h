@@ -50,8 +50,8 @@ public:
     const std::vector<SampleRange>& level(int k) const { return m_levels[static_cast<std::size_t>(k)]; }
 
 private:
-    void rangeAt(int level, const std::int16_t* samples, std::size_t first, std::size_t last,
-                 std::int16_t& lo, std::int16_t& hi) const;
+    void rangeAt(int level, const std::int16_t* samples, std::size_t first, std::size_t last, std::int16_t& lo,
+                 std::int16_t& hi) const;
 
     std::size_t m_count = 0;
     std::array<std::vector<SampleRange>, kLevels> m_levels;

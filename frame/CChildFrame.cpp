@@ -40,9 +40,13 @@ bool CChildFrame::canClose() {
     if (!m_doc->isModified()) return true;
     const std::string question = sonmetra::formatString(sonmetra::IDS_SAVE_CHANGES_Q, m_doc->title());
     switch (sonmetra::showMessage(question, sonmetra::MsgButtons::YesNoCancel, sonmetra::MsgIcon::Question)) {
-    case sonmetra::MsgAnswer::Yes: return DocumentCommands::save(this, *m_doc);
-    case sonmetra::MsgAnswer::No: m_doc->setModified(false); return true;
-    default: return false;
+        case sonmetra::MsgAnswer::Yes:
+            return DocumentCommands::save(this, *m_doc);
+        case sonmetra::MsgAnswer::No:
+            m_doc->setModified(false);
+            return true;
+        default:
+            return false;
     }
 }
 

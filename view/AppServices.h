@@ -9,7 +9,6 @@ class QMdiArea;
 class QWidget;
 
 class IViewReadouts;
-struct DisplaySettings;
 
 namespace sonmetra {
 class AppConfig;
@@ -24,7 +23,6 @@ struct AppServices {
     std::string workingFolder;               // configuration, help, tmp live here
     std::string tempFolder;                  // workingFolder + "/tmp/"
     IViewReadouts* readouts = nullptr;       // the status window that the active view feeds
-    DisplaySettings* display = nullptr;      // print/bitmap size, colour, grid (null: defaults)
 
     static AppServices& instance();
 };

@@ -74,7 +74,6 @@ CRecordPlay::~CRecordPlay() {
 }
 
 void CRecordPlay::viewClosing() {
-    m_view.removeEventFilter(this);
     m_recordPending = false;
     m_waveIn.reset();
     m_waveOut.reset();
@@ -132,14 +131,12 @@ void CRecordPlay::startRecording() {
     }
     m_waveIn->Start();
     m_recording = true;
-    m_view.installEventFilter(this);
     m_view.requestRedraw();
     m_view.update();
 }
 
 void CRecordPlay::stopRecording() {
     if (!m_recording) return;
-    m_view.removeEventFilter(this);
     m_waveIn->Stop();
     // Close ends the capture thread, so the block is complete and ours.
     m_waveIn->Close();
@@ -259,17 +256,6 @@ bool CRecordPlay::mousePress(QMouseEvent* event) {
     if (!m_recording || event->button() != Qt::LeftButton) return false;
     stopRecording();
     return true;
-}
-
-bool CRecordPlay::eventFilter(QObject* watched, QEvent* event) {
-    if (m_recording && watched == &m_view && event->type() == QEvent::MouseButtonPress) {
-        auto* press = static_cast<QMouseEvent*>(event);
-        if (press->button() == Qt::LeftButton) {
-            stopRecording();
-            return true;
-        }
-    }
-    return QObject::eventFilter(watched, event);
 }
 
 void registerRecordPlayCommands() {

@@ -56,11 +56,6 @@ public:
     bool mousePress(QMouseEvent* event) override;
     void viewClosing() override;
 
-protected:
-    // A press during recording is taken before the view sees it, also in a
-    // document that holds no data yet (where the view ignores presses).
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     void startRecording();  // timer 1
     bool saveBeforeRecording();
