@@ -24,8 +24,9 @@ CChildFrame::~CChildFrame() = default;
 CKestruneView* CChildFrame::kestruneView() const { return m_view; }
 
 void CChildFrame::updateTitle() {
-    setWindowTitle(QString::fromStdString(m_doc->title()) + "[*]");
-    setWindowModified(m_doc->isModified());
+    const QString title = QString::fromStdString(m_doc->title()) + "[*]";
+    if (windowTitle() != title) setWindowTitle(title);
+    if (isWindowModified() != m_doc->isModified()) setWindowModified(m_doc->isModified());
 }
 
 void CChildFrame::documentChanged() {

@@ -9,6 +9,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QSettings>
+#include <QTimer>
 #include <algorithm>
 
 #include "AboutDialog.h"
@@ -61,6 +62,15 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     buildHelpMenu();
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { updateCommandStates(); });
     updateCommandStates();
+
+    // The document model knows nothing of windows, so the frames look at
+    // their documents' modified flags a few times a second for the title mark.
+    auto* titles = new QTimer(this);
+    connect(titles, &QTimer::timeout, this, [this] {
+        for (QMdiSubWindow* w : m_mdi->subWindowList())
+            if (auto* frame = qobject_cast<CChildFrame*>(w)) frame->updateTitle();
+    });
+    titles->start(250);
 }
 
 CMainFrame::~CMainFrame() {
