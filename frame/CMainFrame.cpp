@@ -60,8 +60,8 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     buildViewCommandMenus();
     buildWindowMenu();
     buildHelpMenu();
-    connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { updateCommandStates(); });
-    updateCommandStates();
+    connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { armShortcuts(); });
+    armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at
     // their documents' modified flags a few times a second for the title mark.
@@ -98,7 +98,10 @@ void CMainFrame::buildFileMenu() {
         connect(a, &QAction::triggered, this, [run, rule] {
             if (!rule || rule()) run();
         });
-        if (rule) m_stateUpdaters.push_back([a, rule] { a->setEnabled(rule()); });
+        if (rule) {
+            m_stateUpdaters.push_back([a, rule] { a->setEnabled(rule()); });
+            m_ruledActions.push_back(a);
+        }
         return a;
     };
     auto doc = [this]() -> CKestruneDoc* {
@@ -145,6 +148,7 @@ void CMainFrame::buildFileMenu() {
     m->addSeparator();
     add("E&xit", [this] { close(); });
     connect(m, &QMenu::aboutToShow, this, [this] { updateCommandStates(); });
+    connect(m, &QMenu::aboutToHide, this, [this] { armShortcuts(); });
     rebuildRecentMenu();
 }
 
@@ -166,9 +170,10 @@ void CMainFrame::buildViewCommandMenus() {
             connect(a, &QAction::triggered, this, [this, c] {
                 CKestruneView* view = activeView();
                 if (view && (!c->enabled || c->enabled(*view))) c->run(*view);
-                updateCommandStates();
+                armShortcuts();
             });
             const QString baseText = a->text();
+            m_ruledActions.push_back(a);
             m_stateUpdaters.push_back([this, a, c, baseText] {
                 CKestruneView* view = activeView();
                 a->setEnabled(view && (!c->enabled || c->enabled(*view)));
@@ -177,6 +182,7 @@ void CMainFrame::buildViewCommandMenus() {
             });
         }
         connect(menu, &QMenu::aboutToShow, this, [this] { updateCommandStates(); });
+        connect(menu, &QMenu::aboutToHide, this, [this] { armShortcuts(); });
     }
 }
 
@@ -212,6 +218,13 @@ void CMainFrame::updateCommandStates() {
     for (const auto& update : m_stateUpdaters) update();
 }
 
+void CMainFrame::armShortcuts() {
+    // Menus show each entry's rule as it stands when they open. While they
+    // are closed every entry stays enabled so that its shortcut always
+    // reaches the handler, which applies the rule at that moment.
+    for (QAction* a : m_ruledActions) a->setEnabled(true);
+}
+
 CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {
     m_mdi->addSubWindow(frame);
     // A lone document fills the workspace; further ones open beside it.
@@ -220,7 +233,7 @@ CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {
     else
         frame->show();
     m_mdi->setActiveSubWindow(frame);
-    updateCommandStates();
+    armShortcuts();
     return frame;
 }
 

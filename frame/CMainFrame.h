@@ -38,8 +38,11 @@ public:
     void showHelp();
     void setUrlOpener(std::function<bool(const QUrl&)> opener) { m_urlOpener = std::move(opener); }
 
-    // Re-applies every menu entry's enabling rule (also done before a menu opens).
+    // Re-applies every menu entry's enabling rule (done before a menu opens).
     void updateCommandStates();
+    // Enables every ruled entry while the menus are closed, so that
+    // shortcuts reach their handlers, which check the rule themselves.
+    void armShortcuts();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -66,5 +69,6 @@ private:
     QList<QAction*> m_recentActions;
     QAction* m_recentSeparator = nullptr;
     std::vector<std::function<void()>> m_stateUpdaters;  // one per action with a rule
+    QList<QAction*> m_ruledActions;
     std::function<bool(const QUrl&)> m_urlOpener;
 };
