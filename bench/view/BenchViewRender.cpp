@@ -134,5 +134,7 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    // The view is a widget: it must go before the application object does.
+    bench().view.reset();
     return 0;
 }
