@@ -18,7 +18,8 @@
 namespace sonmetra {
 
 // Allocates long blocks on 2 MB boundaries and asks for huge pages, so that
-// filling an hour of samples costs few page faults; elements are left
+// filling an hour of samples costs few page faults (the faults of fresh
+// memory are most of what a file read costs beyond the copy); elements are left
 // uninitialised unless a value is given, so that a block about to be
 // overwritten by a file read is not zeroed first.
 template <class T>
