@@ -179,7 +179,9 @@ TEST_F(KvdFormatTest, ChannelCountBoundIsNineteen) {
         messages.clear();
         const bool ok = open(doc, path);
         EXPECT_EQ(ok, count == 19) << count;
-        if (!ok) EXPECT_EQ(messages.lastText(), "Wrong channel number.\nEither is zero or is more than 20.");
+        if (!ok) {
+            EXPECT_EQ(messages.lastText(), "Wrong channel number.\nEither is zero or is more than 20.");
+        }
     }
 }
 
@@ -195,10 +197,11 @@ TEST_F(KvdFormatTest, ShortDataIsReportedForPcAndSilentForMac) {
             CKestruneDoc doc;
             messages.clear();
             EXPECT_FALSE(open(doc, path)) << big << " " << count << " read by " << doc.readerName();
-            if (big)
+            if (big) {
                 EXPECT_TRUE(messages.texts().empty());
-            else
+            } else {
                 EXPECT_EQ(messages.lastText(), "Incorrect number of data was read");
+            }
         }
     }
     // A label count past the end of the file is short data too.
