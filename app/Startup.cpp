@@ -12,8 +12,7 @@ std::optional<QString> establishWorkingFolder(QSettings& settings, const QString
     if (!stored.isEmpty()) return stored;
     settings.setValue(key, currentFolder);
     settings.sync();
-    if (settings.status() != QSettings::NoError || settings.value(key).toString() != currentFolder)
-        return std::nullopt;
+    if (settings.status() != QSettings::NoError || settings.value(key).toString() != currentFolder) return std::nullopt;
     return currentFolder;
 }
 

@@ -21,8 +21,8 @@ public:
     }
 
     bool genericFileSelection(GenericFileSettings& s) override {
-        const bool any = m_args.has("raw-header") || m_args.has("raw-rate") || m_args.has("raw-bits") ||
-                         m_args.has("raw-order");
+        const bool any =
+            m_args.has("raw-header") || m_args.has("raw-rate") || m_args.has("raw-bits") || m_args.has("raw-order");
         if (!any) return false;
         s = GenericFileSettings{};
         s.headerBytes = m_args.integer("raw-header", 0);

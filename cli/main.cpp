@@ -64,7 +64,7 @@ int runConvert(const CliArgs& args, CKestruneDoc& doc) {
 }
 
 int run(int argc, char** argv) {
-    std::set<std::string> valueOptions = {"channel", "wav-channel", "raw-header", "raw-rate",
+    std::set<std::string> valueOptions = {"channel",  "wav-channel", "raw-header", "raw-rate",
                                           "raw-bits", "raw-order",   "from-ms",    "to-ms"};
     for (const auto& name : analysisValueOptions()) valueOptions.insert(name);
     const CliArgs args = parseCliArgs(argc, argv, valueOptions);

@@ -127,11 +127,11 @@ bool AppConfig::fromRecord(const Record& r) {
     std::int32_t method = static_cast<std::int32_t>(p.method);
     takeFlag(method, i32(r, kPitchMethod));
     p.method = static_cast<PitchMethod>(method);
-    std::int32_t* pitchInts[] = {&p.windowMs,      &p.stepMs,        &p.deviationHz,   &p.thresholdPct,
-                                 &p.lowHz,         &p.highHz,        &p.displayLowHz,  &p.displayHighHz,
-                                 &p.frequencyGrid, &p.frequencyGridHz, &p.timeGrid,    &p.timeGridMs,
-                                 &p.drawWaveform,  &p.drawIntensity, &p.drawLabels};
-    for (std::size_t k = 0; k < std::size(pitchInts); ++k) takeIf(*pitchInts[k], i32(r, kPitchInts + 4 * k), 0, 1000000);
+    std::int32_t* pitchInts[] = {&p.windowMs, &p.stepMs,       &p.deviationHz,   &p.thresholdPct,  &p.lowHz,
+                                 &p.highHz,   &p.displayLowHz, &p.displayHighHz, &p.frequencyGrid, &p.frequencyGridHz,
+                                 &p.timeGrid, &p.timeGridMs,   &p.drawWaveform,  &p.drawIntensity, &p.drawLabels};
+    for (std::size_t k = 0; k < std::size(pitchInts); ++k)
+        takeIf(*pitchInts[k], i32(r, kPitchInts + 4 * k), 0, 1000000);
     readPrint(p.print, r, kPitchPrint);
 
     SpectrogramSettings& s = m_analysis.spectrogram;
@@ -139,8 +139,9 @@ bool AppConfig::fromRecord(const Record& r) {
     takeIf(s.frequencyRangeHz, i32(r, kSpecFrequencyRangeHz), 1, 1000000);
     takeIf(s.dynamicRangeDb, i32(r, kSpecDynamicRangeDb), 1, 1000);
     takeDouble(s.preEmphasis, f64(r, kSpecPreEmphasis), 0.0, 1.0);
-    std::int32_t* specInts[] = {&s.displayFormants, &s.lpcOrder, &s.drawWaveform, &s.drawLabels, &s.drawIntensity,
-                                &s.frequencyGrid,   &s.frequencyGridHz, &s.timeGrid, &s.timeGridMs};
+    std::int32_t* specInts[] = {&s.displayFormants, &s.lpcOrder,      &s.drawWaveform,
+                                &s.drawLabels,      &s.drawIntensity, &s.frequencyGrid,
+                                &s.frequencyGridHz, &s.timeGrid,      &s.timeGridMs};
     for (std::size_t k = 0; k < std::size(specInts); ++k) takeIf(*specInts[k], i32(r, kSpecInts + 4 * k), 0, 1000000);
     readPrint(s.print, r, kSpecPrint);
 
@@ -198,10 +199,9 @@ AppConfig::Record AppConfig::toRecord() const {
 
     const PitchSettings& p = m_analysis.pitch;
     put(r, kPitchMethod, static_cast<std::int32_t>(p.method));
-    const std::int32_t pitchInts[] = {p.windowMs,      p.stepMs,          p.deviationHz,  p.thresholdPct,
-                                      p.lowHz,         p.highHz,          p.displayLowHz, p.displayHighHz,
-                                      p.frequencyGrid, p.frequencyGridHz, p.timeGrid,     p.timeGridMs,
-                                      p.drawWaveform,  p.drawIntensity,   p.drawLabels};
+    const std::int32_t pitchInts[] = {p.windowMs, p.stepMs,       p.deviationHz,   p.thresholdPct,  p.lowHz,
+                                      p.highHz,   p.displayLowHz, p.displayHighHz, p.frequencyGrid, p.frequencyGridHz,
+                                      p.timeGrid, p.timeGridMs,   p.drawWaveform,  p.drawIntensity, p.drawLabels};
     for (std::size_t k = 0; k < std::size(pitchInts); ++k) put(r, kPitchInts + 4 * k, pitchInts[k]);
     writePrint(p.print, r, kPitchPrint);
 
@@ -210,8 +210,9 @@ AppConfig::Record AppConfig::toRecord() const {
     put(r, kSpecFrequencyRangeHz, s.frequencyRangeHz);
     put(r, kSpecDynamicRangeDb, s.dynamicRangeDb);
     put(r, kSpecPreEmphasis, s.preEmphasis);
-    const std::int32_t specInts[] = {s.displayFormants, s.lpcOrder,        s.drawWaveform, s.drawLabels, s.drawIntensity,
-                                      s.frequencyGrid,   s.frequencyGridHz, s.timeGrid,     s.timeGridMs};
+    const std::int32_t specInts[] = {s.displayFormants, s.lpcOrder,      s.drawWaveform,
+                                     s.drawLabels,      s.drawIntensity, s.frequencyGrid,
+                                     s.frequencyGridHz, s.timeGrid,      s.timeGridMs};
     for (std::size_t k = 0; k < std::size(specInts); ++k) put(r, kSpecInts + 4 * k, specInts[k]);
     writePrint(s.print, r, kSpecPrint);
 

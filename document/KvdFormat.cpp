@@ -152,8 +152,7 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
         // A count the rest of the file cannot hold is short data, never an
         // allocation of that size.
         c.m_labels.clear();
-        if (labelCount < 0 ||
-            static_cast<std::uint64_t>(labelCount) * kvd::kLabelRecordSize > file.remaining())
+        if (labelCount < 0 || static_cast<std::uint64_t>(labelCount) * kvd::kLabelRecordSize > file.remaining())
             return shortData(bigEndian);
         c.m_labels.reserve(static_cast<std::size_t>(labelCount));
         for (std::int32_t k = 0; k < labelCount; ++k) {

@@ -11,6 +11,7 @@
 #include <QSettings>
 #include <QTimer>
 #include <algorithm>
+#include <optional>
 
 #include "AboutDialog.h"
 #include "CChildFrame.h"
@@ -80,9 +81,7 @@ CMainFrame::~CMainFrame() {
     }
 }
 
-CChildFrame* CMainFrame::activeChildFrame() const {
-    return qobject_cast<CChildFrame*>(m_mdi->activeSubWindow());
-}
+CChildFrame* CMainFrame::activeChildFrame() const { return qobject_cast<CChildFrame*>(m_mdi->activeSubWindow()); }
 
 CKestruneView* CMainFrame::activeView() const {
     CChildFrame* frame = activeChildFrame();
@@ -117,20 +116,35 @@ void CMainFrame::buildFileMenu() {
 
     add("&New\tCtrl+N", [this] { newDocument(); });
     add("&Open...\tCtrl+O", [this] { openWithDialog(); });
-    add("&Close", [this] { closeActive(); }, [doc] { return doc() != nullptr; });
+    add(
+        "&Close", [this] { closeActive(); }, [doc] { return doc() != nullptr; });
     m->addSeparator();
-    add("&Save\tCtrl+S", [this, doc, afterSave] { DocumentCommands::save(this, *doc());
-        afterSave(); },
+    add(
+        "&Save\tCtrl+S",
+        [this, doc, afterSave] {
+            DocumentCommands::save(this, *doc());
+            afterSave();
+        },
         [doc] { return doc() && doc()->isModified(); });
-    add("Save &As...", [this, doc, afterSave] { DocumentCommands::saveAs(this, *doc());
-        afterSave(); },
+    add(
+        "Save &As...",
+        [this, doc, afterSave] {
+            DocumentCommands::saveAs(this, *doc());
+            afterSave();
+        },
         [doc] { return doc() && doc()->holdsData(); });
-    add("Save Cop&y As...", [this, doc, afterSave] { DocumentCommands::saveCopyAs(this, *doc());
-        afterSave(); },
+    add(
+        "Save Cop&y As...",
+        [this, doc, afterSave] {
+            DocumentCommands::saveCopyAs(this, *doc());
+            afterSave();
+        },
         [doc] { return doc() && doc()->holdsData(); });
-    add("Save Se&lection As...", [this, doc] { DocumentCommands::saveSelectionAs(this, *doc()); },
+    add(
+        "Save Se&lection As...", [this, doc] { DocumentCommands::saveSelectionAs(this, *doc()); },
         [doc] { return doc() && doc()->selectionFlag(); });
-    add("&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
+    add(
+        "&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
         [doc] { return doc() && doc()->holdsData(); });
     m->addSeparator();
     add("New &Log", [this] { newLog(m_mdi); });
@@ -264,8 +278,8 @@ CChildFrame* CMainFrame::openDocumentFile(const QString& path) {
 void CMainFrame::openWithDialog() {
     FileDialogRequest request;
     request.title = "Open";
-    request.filters = {"Sonmetra files (*.kvd)", "Wave files (*.wav)",  "CSL files (*.NSP)",
-                       "AIFF files (*.aiff *)",  "ASCII files (*)",     "Generic files (*)"};
+    request.filters = {"Sonmetra files (*.kvd)", "Wave files (*.wav)", "CSL files (*.NSP)",
+                       "AIFF files (*.aiff *)",  "ASCII files (*)",    "Generic files (*)"};
     if (const auto answer = fileDialogs().ask(this, request)) openDocumentFile(answer->path);
 }
 
@@ -309,32 +323,34 @@ void CMainFrame::rebuildRecentMenu() {
     m_recentSeparator->setVisible(!files.isEmpty());
 }
 
-void CMainFrame::loadConfiguration() {
+// The dialog of Load and Save Configuration; nullopt when cancelled.
+static std::optional<std::string> askConfigurationFile(QWidget* parent, bool save, const QString& title) {
     FileDialogRequest request;
-    request.title = "Load a Configuration file";
+    request.save = save;
+    request.title = title;
     request.defaultName = "User_Configuration";
     request.defaultSuffix = "cfg";
     request.filters = {"Configuration files (*.cfg)"};
-    const auto answer = fileDialogs().ask(this, request);
+    const auto answer = fileDialogs().ask(parent, request);
+    if (!answer) return std::nullopt;
+    return answer->path.toStdString();
+}
+
+void CMainFrame::loadConfiguration() {
     sonmetra::AppConfig* config = AppServices::instance().config;
-    if (!answer || !config) return;
-    if (!config->readFile(answer->path.toStdString()))
-        sonmetra::showMessage("'" + answer->path.toStdString() +
-                                  "' is not a Sonmetra configuration file of version 8.9.1.\nIts settings were not taken.",
-                              sonmetra::MsgButtons::Ok, sonmetra::MsgIcon::Warning);
+    const auto path = askConfigurationFile(this, false, "Load a Configuration file");
+    if (!path || !config) return;
+    if (!config->readFile(*path))
+        sonmetra::showMessage(
+            "'" + *path + "' is not a Sonmetra configuration file of version 8.9.1.\nIts settings were not taken.",
+            sonmetra::MsgButtons::Ok, sonmetra::MsgIcon::Warning);
 }
 
 void CMainFrame::saveConfiguration() {
-    FileDialogRequest request;
-    request.save = true;
-    request.title = "Save Configuration As";
-    request.defaultName = "User_Configuration";
-    request.defaultSuffix = "cfg";
-    request.filters = {"Configuration files (*.cfg)"};
-    const auto answer = fileDialogs().ask(this, request);
     sonmetra::AppConfig* config = AppServices::instance().config;
-    if (!answer || !config) return;
-    if (!config->writeFile(answer->path.toStdString())) {
+    const auto path = askConfigurationFile(this, true, "Save Configuration As");
+    if (!path || !config) return;
+    if (!config->writeFile(*path)) {
         sonmetra::beep();
         sonmetra::showMessage(sonmetra::IDS_SAVE_ERROR);
     }

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMenuBar>
@@ -13,6 +14,7 @@
 #include <QtTest>
 
 #include "app/Startup.h"
+#include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "frame/AboutDialog.h"
@@ -187,6 +189,39 @@ private slots:
         frame.showHelp();
         QCOMPARE(QString::fromStdString(m_messages.lastText()),
                  QString("No help file was found. Please contact the vendor."));
+    }
+
+    void configurationIsSavedAndOnlyItsOwnVersionLoaded() {
+        CMainFrame frame;
+        AppConfig config;
+        AppServices::instance().config = &config;
+        config.m_inputLine = "Line";
+        const QString saved = m_work.path() + "/User_Configuration.cfg";
+        m_dialogs.answers.push_back(FileDialogAnswer{saved, 1});
+        QAction* save = findAction(frame.menuBar(), "&File", "Save Configuration...");
+        QVERIFY(save);
+        save->trigger();
+        QCOMPARE(m_dialogs.requests.last().title, QString("Save Configuration As"));
+        QCOMPARE(m_dialogs.requests.last().defaultName, QString("User_Configuration"));
+        QCOMPARE(QFileInfo(saved).size(), 2224);
+
+        AppConfig other;
+        AppServices::instance().config = &other;
+        m_dialogs.answers.push_back(FileDialogAnswer{saved, 1});
+        findAction(frame.menuBar(), "&File", "Load Configuration...")->trigger();
+        QCOMPARE(m_dialogs.requests.last().title, QString("Load a Configuration file"));
+        QCOMPARE(QString::fromStdString(other.m_inputLine), QString("Line"));
+        QVERIFY(m_messages.texts().empty());
+
+        const QString foreign = m_work.path() + "/not-a-config.cfg";
+        QFile f(foreign);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(QByteArray(2224, 'x'));
+        f.close();
+        m_dialogs.answers.push_back(FileDialogAnswer{foreign, 1});
+        findAction(frame.menuBar(), "&File", "Load Configuration...")->trigger();
+        QVERIFY(QString::fromStdString(m_messages.lastText()).contains("Its settings were not taken."));
+        AppServices::instance().config = nullptr;
     }
 
     void aboutShowsTheVersion() {
