@@ -4,6 +4,11 @@
 
 namespace sonmetra {
 
+double PowerLevel(double meanPower, int linear) {
+    if (meanPower < 1.0) return 0.0;
+    return linear != 0 ? meanPower : 10.0 * std::log10(meanPower);
+}
+
 void FrameIntensity(const std::int16_t* samples, double* values, double& minimum, double& maximum, double offset,
                     double start, double frameLength, double step, int count, int normalise, int linear) {
     minimum = 1e8;
@@ -15,12 +20,7 @@ void FrameIntensity(const std::int16_t* samples, double* values, double& minimum
             const double v = samples[j] - offset;
             sum += v * v;
         }
-        const double mean = sum / frameLength;
-        double value;
-        if (mean < 1.0)
-            value = 0.0;
-        else
-            value = linear != 0 ? mean : 10.0 * std::log10(mean);
+        const double value = PowerLevel(sum / frameLength, linear);
         values[f] = value;
         if (value < minimum) minimum = value;
         if (value > maximum) maximum = value;

@@ -13,6 +13,10 @@
 
 namespace sonmetra {
 
+// Level of a mean power: 0.0 below 1.0 (silence), otherwise the mean itself
+// (linear ≠ 0) or 10·log10(mean) dB. Shared by the frame and contour routines.
+double PowerLevel(double meanPower, int linear);
+
 void FrameIntensity(const std::int16_t* samples, double* values, double& minimum, double& maximum, double offset,
                     double start, double frameLength, double step, int count, int normalise, int linear);
 

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "analysis/FrameIntensity.h"
+
 namespace sonmetra {
 
 bool IntensityContour(const std::int16_t* samples, double* contour, double& minimum, double& maximum, double offset,
@@ -21,12 +23,7 @@ bool IntensityContour(const std::int16_t* samples, double* contour, double& mini
             const double v = samples[idx] - offset;
             sum += v * v;
         }
-        const double mean = sum / window;
-        double value;
-        if (mean < 1.0)
-            value = 0.0;
-        else
-            value = linear == 0 ? 10.0 * std::log10(mean) : mean;
+        const double value = PowerLevel(sum / window, linear);
         for (double i = begin; i < end; i += 1.0) {
             const long idx = static_cast<long>(i);
             if (idx >= total) break;

@@ -20,23 +20,7 @@ using test::samplesOf;
 using test::selectSamples;
 using test::valueOf;
 
-class EditOperationsTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        m_folder =
-            std::filesystem::temp_directory_path() / ("sonmetra-edit-" + std::to_string(::getpid()) + "-" +
-                                                      ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(m_folder);
-        m_undo.setPath(UndoTempFile::pathFor(m_folder.string() + "/", "Doc"));
-    }
-    void TearDown() override { std::filesystem::remove_all(m_folder); }
-
-    std::filesystem::path m_folder;
-    RecordingMessageService m_messages;
-    ScopedMessageService m_scope{&m_messages};
-    UndoTempFile m_undo;
-    EditClipboard m_clipboard;
-};
+using EditOperationsTest = test::EditFixture;
 
 TEST_F(EditOperationsTest, CutRemovesRangeOnEveryChannelAndMovesLabelAtCutEnd) {
     CKestruneDoc doc;

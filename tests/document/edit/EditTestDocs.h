@@ -3,10 +3,17 @@
 // that names its channel and index.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "document/CKestruneDoc.h"
+#include "document/EditClipboard.h"
+#include "document/EditOperations.h"
+#include "document/MessageService.h"
 
 namespace sonmetra::test {
 
@@ -64,5 +71,25 @@ inline std::vector<double> labelTimes(const CChannel& c) {
     for (const CLabel& l : c.m_labels) t.push_back(l.timeMs);
     return t;
 }
+
+// A folder of its own per test for the undo temp file of a document titled
+// "Untitled", a recording message service, and the clipboard.
+class EditFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_folder =
+            std::filesystem::temp_directory_path() / ("sonmetra-edit-" + std::to_string(::getpid()) + "-" +
+                                                      ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::create_directories(m_folder);
+        m_undo.setPath(UndoTempFile::pathFor(m_folder.string() + "/", "Untitled"));
+    }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    std::filesystem::path m_folder;
+    RecordingMessageService m_messages;
+    ScopedMessageService m_scope{&m_messages};
+    UndoTempFile m_undo;
+    EditClipboard m_clipboard;
+};
 
 }  // namespace sonmetra::test
