@@ -45,7 +45,9 @@ public:
     bool cursorPlaced() const { return m_cursorPlaced; }
     bool selectionPresent() const { return m_selectionPresent; }
     bool scrollable() const { return m_hBar.scrollable(); }
-    void setCursorPlaced(bool on) { m_cursorPlaced = on; }
+    // Turning the cursor on takes its time from the document's channels
+    // (placed by the caller, e.g. through timebase::placeCursor).
+    void setCursorPlaced(bool on);
     // Keeps the document's selection flag in step.
     void setSelectionPresent(bool on);
     int clickedChannel() const { return m_clickedChannel; }

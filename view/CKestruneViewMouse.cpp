@@ -56,6 +56,12 @@ void CKestruneView::wheelEvent(QWheelEvent* e) {
     e->ignore();
 }
 
+void CKestruneView::setCursorPlaced(bool on) {
+    m_cursorPlaced = on;
+    const int first = m_doc ? m_doc->firstPresentIndex() : -1;
+    if (on && first >= 0) m_cursorMs = m_doc->channel(first).m_cursorMs;
+}
+
 void CKestruneView::pressAt(QPoint p) {
     const double ms = xToMs(p.x());
     timebase::placeCursor(*m_doc, ms);
