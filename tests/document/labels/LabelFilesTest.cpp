@@ -297,13 +297,19 @@ TEST_F(LabelFilesTest, ExportRefusesLabelsTheFileCannotHoldAndKeepsTheOldFile) {
     CLabel a, b;
     a.timeMs = b.timeMs = 20;
     a.text = "one";
-    b.text = "two\nlines";
+    b.text = "two";
     doc.channel(0).m_labels = {a, b};
     std::vector<TierExport> tiers = {{0, "w", TierKind::Interval}};
     EXPECT_FALSE(exportLabelFile(doc, tiers, LabelFileFormat::TextGrid, out));
-    EXPECT_NE(messages.lastText().find("two labels of channel 1 \"words\" stand at 20 ms"), std::string::npos);
-    tiers[0].kind = TierKind::Point;  // a point tier holds both
-    EXPECT_TRUE(exportLabelFile(doc, tiers, LabelFileFormat::TextGrid, out));
+    EXPECT_NE(messages.lastText().find("two labels of channel 1 \"words\" stand at 20 ms, and an interval tier"),
+              std::string::npos);
+    tiers[0].kind = TierKind::Point;  // Praat would keep only one of the two points
+    EXPECT_FALSE(exportLabelFile(doc, tiers, LabelFileFormat::TextGrid, out));
+    EXPECT_NE(messages.lastText().find("stand at 20 ms, and a TextGrid cannot hold both"), std::string::npos);
+    EXPECT_EQ(bytesOf(out), "old");
+    ASSERT_TRUE(exportLabelFile(doc, tiers, LabelFileFormat::LabelTrack, dir.file("out.txt")));
+    EXPECT_EQ(bytesOf(dir.file("out.txt")), "0.02\t0.02\tone\n0.02\t0.02\ttwo\n");
+    doc.channel(0).m_labels[1].text = "two\nlines";
     EXPECT_FALSE(exportLabelFile(doc, tiers, LabelFileFormat::LabelTrack, dir.file("out.txt")));
     EXPECT_NE(messages.lastText().find("holds a tab or a line break"), std::string::npos);
 
