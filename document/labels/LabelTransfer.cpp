@@ -295,15 +295,27 @@ std::optional<LabelFile> tiersFromChannels(const CKestruneDoc& doc, const std::v
         std::vector<CLabel> labels = ch.m_labels;
         std::stable_sort(labels.begin(), labels.end(),
                          [](const CLabel& a, const CLabel& b) { return a.timeMs < b.timeMs; });
+        auto twoAtOnce = [&](const CLabel& l) {
+            return "two labels of " + channelName(doc, t.channel) + " stand at " + msText(l.timeMs) + ", and " +
+                   (t.kind == TierKind::Interval ? "an interval tier" : "a TextGrid") + " cannot hold both";
+        };
         LabelTier tier;
         tier.name = t.name;
         tier.kind = t.kind;
         tier.xminS = file.xminS;
         tier.xmaxS = file.xmaxS;
         if (t.kind == TierKind::Point) {
-            for (const CLabel& l : labels)
-                if (!l.text.empty())
-                    tier.items.push_back(TierItem{secondsFromMs(l.timeMs), secondsFromMs(l.timeMs), l.text});
+            // Praat keeps one point of several at the same time.
+            const CLabel* last = nullptr;
+            for (const CLabel& l : labels) {
+                if (l.text.empty()) continue;
+                if (format == LabelFileFormat::TextGrid && last && last->timeMs == l.timeMs) {
+                    error = twoAtOnce(l);
+                    return std::nullopt;
+                }
+                tier.items.push_back(TierItem{secondsFromMs(l.timeMs), secondsFromMs(l.timeMs), l.text});
+                last = &l;
+            }
         } else {
             // Each label with text opens an interval that the next label closes.
             double cursorS = file.xminS;  // where the last interval ended
@@ -318,8 +330,7 @@ std::optional<LabelFile> tiersFromChannels(const CKestruneDoc& doc, const std::v
             for (const CLabel& l : labels) {
                 if (open && l.timeMs == open->timeMs) {
                     if (l.text.empty()) continue;  // an end mark where an interval starts
-                    error = "two labels of " + channelName(doc, t.channel) + " stand at " + msText(l.timeMs) +
-                            ", and an interval tier cannot hold both (a point tier can)";
+                    error = twoAtOnce(l);
                     return std::nullopt;
                 }
                 if (open) close(secondsFromMs(l.timeMs));
