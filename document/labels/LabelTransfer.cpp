@@ -131,6 +131,13 @@ double secondsFromMs(double ms) {
     const double seconds = ms / 1000.0;
     if (!std::isfinite(seconds) || seconds == 0.0) return seconds;
     char buf[64];
+    // The usual case, a time read from a file: ms ÷ 1000 is that file's
+    // number, and no shorter one maps to the same ms.
+    const auto [end15, ec15] = std::to_chars(buf, buf + sizeof buf, seconds, std::chars_format::general, 15);
+    double back = 0.0;
+    if (ec15 == std::errc() && std::from_chars(buf, end15, back).ec == std::errc() && back == seconds &&
+        msFromSeconds(seconds) == ms)
+        return seconds;
     for (int digits = 1; digits <= 15; ++digits) {
         const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, seconds, std::chars_format::general, digits);
         double rounded = 0.0;
@@ -292,9 +299,11 @@ std::optional<LabelFile> tiersFromChannels(const CKestruneDoc& doc, const std::v
 
     for (const TierExport& t : tiers) {
         const CChannel& ch = doc.channel(t.channel);
-        std::vector<CLabel> labels = ch.m_labels;
+        std::vector<const CLabel*> labels;
+        labels.reserve(ch.m_labels.size());
+        for (const CLabel& l : ch.m_labels) labels.push_back(&l);
         std::stable_sort(labels.begin(), labels.end(),
-                         [](const CLabel& a, const CLabel& b) { return a.timeMs < b.timeMs; });
+                         [](const CLabel* a, const CLabel* b) { return a->timeMs < b->timeMs; });
         auto twoAtOnce = [&](const CLabel& l) {
             return "two labels of " + channelName(doc, t.channel) + " stand at " + msText(l.timeMs) + ", and " +
                    (t.kind == TierKind::Interval ? "an interval tier" : "a TextGrid") + " cannot hold both";
@@ -307,7 +316,8 @@ std::optional<LabelFile> tiersFromChannels(const CKestruneDoc& doc, const std::v
         if (t.kind == TierKind::Point) {
             // Praat keeps one point of several at the same time.
             const CLabel* last = nullptr;
-            for (const CLabel& l : labels) {
+            for (const CLabel* p : labels) {
+                const CLabel& l = *p;
                 if (l.text.empty()) continue;
                 if (format == LabelFileFormat::TextGrid && last && last->timeMs == l.timeMs) {
                     error = twoAtOnce(l);
@@ -327,7 +337,8 @@ std::optional<LabelFile> tiersFromChannels(const CKestruneDoc& doc, const std::v
                 cursorS = endS;
                 open = nullptr;
             };
-            for (const CLabel& l : labels) {
+            for (const CLabel* p : labels) {
+                const CLabel& l = *p;
                 if (open && l.timeMs == open->timeMs) {
                     if (l.text.empty()) continue;  // an end mark where an interval starts
                     error = twoAtOnce(l);

@@ -36,98 +36,106 @@ bool isWordStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z
 bool isWordChar(char c) { return isWordStart(c) || (c >= '0' && c <= '9'); }
 bool isNumberChar(char c) { return (c >= '0' && c <= '9') || c == '.' || c == '-' || c == '+' || c == 'e' || c == 'E'; }
 
-std::vector<Token> tokenize(std::string_view s) {
-    std::vector<Token> tokens;
-    int line = 1;
-    std::size_t i = 0;
-    while (i < s.size()) {
-        const char c = s[i];
-        if (c == '\n') {
-            ++line;
-            ++i;
-        } else if (c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v' || c == ':' || c == '=' || c == '?') {
-            ++i;
-        } else if (c == '!') {
-            while (i < s.size() && s[i] != '\n') ++i;
-        } else if (c == '[') {
-            const std::size_t close = s.find_first_of("]\n", i);
-            if (close == std::string_view::npos || s[close] != ']')
-                throw ParseError("a '[' is never closed" + lineSuffix(line));
-            i = close + 1;
-        } else if (isWordStart(c)) {
-            while (i < s.size() && isWordChar(s[i])) ++i;
-        } else if (c == '"') {
-            Token t;
-            t.kind = Token::Text;
-            t.line = line;
-            ++i;
-            for (;;) {
-                if (i >= s.size())
-                    throw ParseError("a text that starts on line " + std::to_string(t.line) +
-                                     " is never closed by a quote");
-                if (s[i] == '"') {
-                    if (i + 1 < s.size() && s[i + 1] == '"') {
-                        t.text += '"';
-                        i += 2;
-                        continue;
-                    }
-                    ++i;
-                    break;
-                }
-                if (s[i] == '\n') ++line;
-                t.text += s[i++];
-            }
-            tokens.push_back(std::move(t));
-        } else if (c == '<') {
-            const std::size_t close = s.find_first_of(">\n", i);
-            if (close == std::string_view::npos || s[close] != '>')
-                throw ParseError("a '<' is never closed" + lineSuffix(line));
-            Token t;
-            t.kind = Token::Flag;
-            t.line = line;
-            t.text = std::string(s.substr(i + 1, close - i - 1));
-            tokens.push_back(std::move(t));
-            i = close + 1;
-        } else if (isNumberChar(c)) {
-            // The whole word, so that "2,5" is reported as it stands.
-            const std::size_t start = i;
-            while (i < s.size() && !std::isspace(static_cast<unsigned char>(s[i]))) ++i;
-            std::string_view digits = s.substr(start, i - start);
-            if (!digits.empty() && digits[0] == '+') digits.remove_prefix(1);
-            Token t;
-            t.kind = Token::Number;
-            t.line = line;
-            const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), t.number);
-            if (ec != std::errc() || end != digits.data() + digits.size() || !std::isfinite(t.number))
-                throw ParseError("'" + std::string(s.substr(start, i - start)) + "' is not a number" +
+// Reads the values one at a time, so that a long file needs no list of them.
+class Lexer {
+public:
+    explicit Lexer(std::string_view text) : s(text) {}
+    std::size_t bytesLeft() const { return s.size() - i; }
+
+    Token read() {
+        while (i < s.size()) {
+            const char c = s[i];
+            if (c == '\n') {
+                ++line;
+                ++i;
+            } else if (c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v' || c == ':' || c == '=' ||
+                       c == '?') {
+                ++i;
+            } else if (c == '!') {
+                while (i < s.size() && s[i] != '\n') ++i;
+            } else if (c == '[') {
+                const std::size_t close = s.find_first_of("]\n", i);
+                if (close == std::string_view::npos || s[close] != ']')
+                    throw ParseError("a '[' is never closed" + lineSuffix(line));
+                i = close + 1;
+            } else if (isWordStart(c)) {
+                while (i < s.size() && isWordChar(s[i])) ++i;
+            } else if (c == '"') {
+                return text();
+            } else if (c == '<') {
+                const std::size_t close = s.find_first_of(">\n", i);
+                if (close == std::string_view::npos || s[close] != '>')
+                    throw ParseError("a '<' is never closed" + lineSuffix(line));
+                Token t{Token::Flag, 0.0, std::string(s.substr(i + 1, close - i - 1)), line};
+                i = close + 1;
+                return t;
+            } else if (isNumberChar(c)) {
+                return number();
+            } else {
+                throw ParseError("the character '" + std::string(1, c) + "' has no place in a TextGrid" +
                                  lineSuffix(line));
-            tokens.push_back(std::move(t));
-        } else {
-            throw ParseError("the character '" + std::string(1, c) + "' has no place in a TextGrid" + lineSuffix(line));
+            }
+        }
+        return Token{Token::End, 0.0, std::string(), line};
+    }
+
+private:
+    Token text() {
+        Token t{Token::Text, 0.0, std::string(), line};
+        ++i;
+        for (;;) {
+            // Up to the next quote at once; a doubled quote stands for one.
+            const std::size_t quote = s.find('"', i);
+            if (quote == std::string_view::npos)
+                throw ParseError("a text that starts on line " + std::to_string(t.line) +
+                                 " is never closed by a quote");
+            const std::string_view part = s.substr(i, quote - i);
+            line += static_cast<int>(std::count(part.begin(), part.end(), '\n'));
+            t.text.append(part);
+            i = quote + 1;
+            if (i < s.size() && s[i] == '"') {
+                t.text += '"';
+                ++i;
+                continue;
+            }
+            return t;
         }
     }
-    Token end;
-    end.line = line;
-    tokens.push_back(end);
-    return tokens;
-}
+
+    Token number() {
+        // The whole word, so that "2,5" is reported as it stands.
+        const std::size_t start = i;
+        while (i < s.size() && !std::isspace(static_cast<unsigned char>(s[i]))) ++i;
+        std::string_view digits = s.substr(start, i - start);
+        if (digits[0] == '+') digits.remove_prefix(1);
+        Token t{Token::Number, 0.0, std::string(), line};
+        const auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), t.number);
+        if (ec != std::errc() || end != digits.data() + digits.size() || !std::isfinite(t.number))
+            throw ParseError("'" + std::string(s.substr(start, i - start)) + "' is not a number" + lineSuffix(line));
+        return t;
+    }
+
+    std::string_view s;
+    std::size_t i = 0;
+    int line = 1;
+};
 
 class TextGridReader {
 public:
-    explicit TextGridReader(std::vector<Token> tokens) : m_tokens(std::move(tokens)) {}
+    explicit TextGridReader(std::string_view text) : m_lexer(text), m_next(m_lexer.read()) {}
 
     LabelFile read() {
-        const Token& type = next();
+        const Token type = next();
         if (type.kind != Token::Text || type.text.rfind("ooTextFile", 0) != 0)
             throw ParseError("it is not a Praat text file");
-        const Token& cls = next();
+        const Token cls = next();
         if (cls.kind != Token::Text) throw ParseError("its object class is missing" + lineSuffix(cls.line));
         if (cls.text != "TextGrid") throw ParseError("it holds a Praat " + cls.text + ", not a TextGrid");
         LabelFile file;
         file.xminS = number("the TextGrid's xmin");
         file.xmaxS = number("the TextGrid's xmax");
         if (file.xmaxS < file.xminS) throw ParseError("the TextGrid ends before it starts");
-        const Token& flag = next();
+        const Token flag = next();
         if (flag.kind != Token::Flag || (flag.text != "exists" && flag.text != "absent"))
             throw ParseError("'<exists>' or '<absent>' is missing before the tiers" + lineSuffix(flag.line));
         const std::int64_t tierCount = flag.text == "exists" ? count("the number of tiers") : 0;
@@ -149,15 +157,15 @@ public:
 private:
     static std::string itemsWord(TierKind kind) { return kind == TierKind::Interval ? "intervals" : "points"; }
 
-    const Token& peek() const { return m_tokens[m_pos]; }
-    const Token& next() {
-        const Token& t = m_tokens[m_pos];
-        if (t.kind != Token::End) ++m_pos;
+    const Token& peek() const { return m_next; }
+    Token next() {
+        Token t = std::move(m_next);
+        m_next = t.kind == Token::End ? t : m_lexer.read();
         return t;
     }
 
     double number(const std::string& what) {
-        const Token& t = next();
+        const Token t = next();
         if (t.kind == Token::End) throw ParseError("the file ends before " + what);
         if (t.kind != Token::Number) throw ParseError(what + " is missing" + lineSuffix(t.line));
         return t.number;
@@ -165,20 +173,21 @@ private:
 
     // A count; the loops that use it stop at the end of the file, however large it is.
     std::int64_t count(const std::string& what) {
-        const Token& t = next();
+        const Token t = next();
         const double v = t.kind == Token::Number ? t.number : -1.0;
         if (t.kind == Token::End) throw ParseError("the file ends before " + what);
         if (v < 0.0 || v != std::floor(v) || v > 9e15) throw ParseError(what + " is not a count" + lineSuffix(t.line));
         return static_cast<std::int64_t>(v);
     }
-    // Room for n items that take `tokensEach` tokens, no more than the file can hold.
-    std::size_t plausible(std::int64_t n, std::size_t tokensEach) const {
-        return std::min(static_cast<std::size_t>(n), (m_tokens.size() - m_pos) / tokensEach);
+    // Room for n items, no more than the rest of the file can hold (an
+    // item takes at least two bytes per value).
+    std::size_t plausible(std::int64_t n, std::size_t valuesEach) const {
+        return std::min(static_cast<std::size_t>(n), m_lexer.bytesLeft() / (2 * valuesEach) + 1);
     }
 
     LabelTier readTier(int index) {
         const std::string where = "tier " + std::to_string(index);
-        const Token& cls = next();
+        const Token cls = next();
         if (cls.kind == Token::End) throw ParseError("the file ends before " + where);
         if (cls.kind != Token::Text) {
             // A number where a tier's class should be: the tier before held
@@ -194,7 +203,7 @@ private:
             tier.kind = TierKind::Point;
         else
             throw ParseError(where + " is of the unknown class \"" + cls.text + "\"" + lineSuffix(cls.line));
-        const Token& name = next();
+        const Token name = next();
         if (name.kind != Token::Text) throw ParseError("the name of " + where + " is missing" + lineSuffix(name.line));
         tier.name = name.text;
         const std::string named = where + " \"" + tier.name + "\"";
@@ -205,8 +214,10 @@ private:
         const std::int64_t n = count("the number of " + itemsWord(tier.kind) + " of " + named);
         tier.items.reserve(plausible(n, intervals ? 3 : 2));
         for (std::int64_t k = 1; k <= n; ++k) {
-            const std::string item = std::string(intervals ? "interval " : "point ") + std::to_string(k) + " of " +
-                                     std::to_string(n) + " of " + named;
+            auto item = [&] {
+                return std::string(intervals ? "interval " : "point ") + std::to_string(k) + " of " +
+                       std::to_string(n) + " of " + named;
+            };
             auto fewer = [&](const Token& t) {
                 if (t.kind == Token::End)
                     return ParseError("the file ends in " + named + " after " + std::to_string(k - 1) + " of its " +
@@ -215,23 +226,23 @@ private:
                                   std::to_string(n) + ")" + lineSuffix(t.line));
             };
             TierItem it;
-            const Token& a = next();
+            const Token a = next();
             if (a.kind != Token::Number) throw fewer(a);
             it.startS = a.number;
             if (intervals) {
-                const Token& b = next();
+                const Token b = next();
                 if (b.kind != Token::Number) throw fewer(b);
                 it.endS = b.number;
             } else {
                 it.endS = it.startS;
             }
-            const Token& text = next();
+            const Token text = next();
             if (text.kind != Token::Text) throw fewer(text);
             it.text = text.text;
             if (intervals) {
-                if (it.endS < it.startS) throw ParseError(item + " ends before it starts" + lineSuffix(text.line));
+                if (it.endS < it.startS) throw ParseError(item() + " ends before it starts" + lineSuffix(text.line));
                 if (!tier.items.empty() && it.startS < tier.items.back().endS - kTouchS)
-                    throw ParseError(item + " starts before the interval before it ends" + lineSuffix(text.line));
+                    throw ParseError(item() + " starts before the interval before it ends" + lineSuffix(text.line));
             }
             tier.items.push_back(std::move(it));
         }
@@ -241,8 +252,8 @@ private:
         return tier;
     }
 
-    std::vector<Token> m_tokens;
-    std::size_t m_pos = 0;
+    Lexer m_lexer;
+    Token m_next;
 };
 
 std::string quoted(const std::string& text) {
@@ -279,17 +290,20 @@ std::optional<LabelFile> parseTextGrid(std::string_view text, std::string& error
     // One line ending for all: texts spanning lines then read the same
     // whichever system wrote the file.
     std::string normalised;
-    normalised.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') {
-            normalised += '\n';
-            if (i + 1 < text.size() && text[i + 1] == '\n') ++i;
-        } else {
-            normalised += text[i];
+    if (text.find('\r') != std::string_view::npos) {
+        normalised.reserve(text.size());
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '\r') {
+                normalised += '\n';
+                if (i + 1 < text.size() && text[i + 1] == '\n') ++i;
+            } else {
+                normalised += text[i];
+            }
         }
+        text = normalised;
     }
     try {
-        TextGridReader reader(tokenize(normalised));
+        TextGridReader reader(text);
         return reader.read();
     } catch (const ParseError& e) {
         error = e.message();
