@@ -30,6 +30,14 @@ std::string channelName(const CKestruneDoc& doc, int channel) {
 
 std::string msText(double ms) { return praatNumber(ms) + " ms"; }
 
+// The first 40 bytes of a text for a message, not cutting a character in two.
+std::string beginning(const std::string& text) {
+    if (text.size() <= 40) return text;
+    std::size_t cut = 40;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xc0) == 0x80) --cut;
+    return text.substr(0, cut) + "...";
+}
+
 std::optional<std::string> readWholeFile(const std::string& path) {
     std::error_code ec;
     const auto size = std::filesystem::file_size(path, ec);
@@ -88,7 +96,7 @@ bool labelsFromTier(const LabelTier& tier, const CChannel& ch, const CLabel& sty
     for (std::size_t k = 0; k < items.size(); ++k) {
         const TierItem& it = *items[k];
         const std::string what =
-            std::string(intervals ? "the interval \"" : "the point \"") + it.text.substr(0, 40) + "\" of " + tierName;
+            std::string(intervals ? "the interval \"" : "the point \"") + beginning(it.text) + "\" of " + tierName;
         if (it.text.size() > CLabel::kMaxText) {
             error = what + " holds " + std::to_string(it.text.size()) + " bytes of text; a label holds at most " +
                     std::to_string(CLabel::kMaxText);
@@ -104,9 +112,9 @@ bool labelsFromTier(const LabelTier& tier, const CChannel& ch, const CLabel& sty
         label(startMs, it.text);
         if (!intervals || !(endMs > startMs)) continue;
         // The end needs a label of its own unless the next interval starts there.
-        double nextStartMs = -1.0;
-        if (k + 1 < items.size()) inSignal(msFromSeconds(items[k + 1]->startS), what, nextStartMs);
-        if (nextStartMs != endMs) label(endMs, std::string());
+        const bool followed =
+            k + 1 < items.size() && std::clamp(msFromSeconds(items[k + 1]->startS), 0.0, durationMs) == endMs;
+        if (!followed) label(endMs, std::string());
     }
     std::stable_sort(out.begin(), out.end(), [](const CLabel& a, const CLabel& b) { return a.timeMs < b.timeMs; });
     return true;
