@@ -358,10 +358,3 @@ TEST_F(LabelFilesTest, LabelTextsRoundTrip) {
     EXPECT_NE(reason("0.1\t0.5\ta\n0.3\t0.6\tb\n").find("the label on line 2 overlaps the one on line 1"),
               std::string::npos);
 }
-
-TEST_F(LabelFilesTest, FileFormatsByName) {
-    EXPECT_EQ(labelFileFormatFor("a/b.TextGrid"), LabelFileFormat::TextGrid);
-    EXPECT_EQ(labelFileFormatFor("b.textgrid"), LabelFileFormat::TextGrid);
-    EXPECT_EQ(labelFileFormatFor("b.txt"), LabelFileFormat::LabelTrack);
-    EXPECT_EQ(labelFileFormatFor("b.wav"), std::nullopt);
-}
