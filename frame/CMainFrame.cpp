@@ -20,6 +20,7 @@
 #include "DocumentCommands.h"
 #include "ExportChannel.h"
 #include "ImportDialogs.h"
+#include "LabelFileCommands.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
@@ -68,6 +69,9 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
 }
 
 CMainFrame::~CMainFrame() {
+    // A frame destroyed while shown closes its document windows afterwards,
+    // in the widget's destructor: they must no longer reach this frame.
+    m_mdi->disconnect(this);
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;
@@ -139,6 +143,7 @@ void CMainFrame::buildFileMenu() {
     add(
         "&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
         [doc] { return doc() && doc()->holdsData(); });
+    addLabelFileCommands(*this, add);
     m->addSeparator();
     add("New &Log", [this] { newLog(m_mdi); });
     add("Open L&og...", [this] { openLog(m_mdi, this); });
