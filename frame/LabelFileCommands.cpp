@@ -4,7 +4,6 @@
 
 #include "CChildFrame.h"
 #include "CMainFrame.h"
-#include "FileDialogs.h"
 #include "LabelFileDialogs.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
@@ -12,6 +11,7 @@
 #include "view/CKestruneView.h"
 #include "view/DocumentWindows.h"
 #include "view/EditCommands.h"
+#include "view/FileDialogs.h"
 #include "view/LabelController.h"
 
 using namespace sonmetra;

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "FileDialogs.h"
+#include "view/FileDialogs.h"
 #include "document/MessageService.h"
 #include "res/StringTable.h"
 

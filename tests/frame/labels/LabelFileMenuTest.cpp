@@ -26,7 +26,6 @@
 #include "document/labels/TextGridFormat.h"
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
-#include "frame/FileDialogs.h"
 #include "frame/LabelFileDialogs.h"
 #include "log/CDatatbl5.h"
 #include "view/AppServices.h"
@@ -34,6 +33,7 @@
 #include "view/CFrameLabelView.h"
 #include "view/CKestruneView.h"
 #include "view/EditCommands.h"
+#include "view/FileDialogs.h"
 #include "view/LabelController.h"
 
 using namespace sonmetra;
