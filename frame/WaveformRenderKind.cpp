@@ -16,7 +16,9 @@ public:
         m_view.resize(request.size);
     }
     QImage clientImage(QSize size) override {
+        // The client area, without the scroll bars, is what takes the size.
         m_view.resize(size);
+        m_view.resize(size + (size - m_view.clientRect().size()));
         m_view.scrollBarFromRange();
         QImage image = m_view.renderNow().copy(QRect(QPoint(0, 0), m_view.clientRect().size()));
         return image;

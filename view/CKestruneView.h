@@ -114,10 +114,9 @@ public:
     // calls this for every channel that carries one (set by the intensity feature).
     static void setDerivedCurveRecompute(std::function<void(sonmetra::CKestruneDoc&, int)> recompute);
 
+    // After each step the windows attached to the document follow the
+    // cursor (DocumentWindows.h: cursorStepped).
     enum class MouseStep { Down, Move, Up };
-    // Windows of the same document whose cursor follows the view's.
-    using CursorFollower = std::function<void(sonmetra::CKestruneDoc&, MouseStep, double ms)>;
-    static void addCursorFollower(CursorFollower follower);
 
 signals:
     // After each mouse step, with the view's cursor time.
