@@ -143,7 +143,8 @@ void CMainFrame::buildFileMenu() {
     add(
         "&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
         [doc] { return doc() && doc()->holdsData(); });
-    addLabelFileCommands(*this, add);
+    addLabelFileCommands(
+        this, [this] { return activeChildFrame(); }, add);
     m->addSeparator();
     add("New &Log", [this] { newLog(m_mdi); });
     add("Open L&og...", [this] { openLog(m_mdi, this); });

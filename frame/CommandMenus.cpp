@@ -121,13 +121,13 @@ void CommandMenus::buildWindowContext(const QString& name, QMenuBar* bar, QActio
     }
 }
 
-CommandMenus::Context* CommandMenus::find(const QString& name) {
+CommandMenus::Context* CommandMenus::contextNamed(const QString& name) {
     for (Context& c : m_contexts)
         if (c.name == name) return &c;
     return nullptr;
 }
 
-const CommandMenus::Context* CommandMenus::find(const QString& name) const {
+const CommandMenus::Context* CommandMenus::contextNamed(const QString& name) const {
     for (const Context& c : m_contexts)
         if (c.name == name) return &c;
     return nullptr;
@@ -135,7 +135,7 @@ const CommandMenus::Context* CommandMenus::find(const QString& name) const {
 
 QString CommandMenus::contextOf(const QMdiSubWindow* frame) const {
     const QString name = commandContext(frame);
-    return find(name) != nullptr ? name : QString();
+    return contextNamed(name) != nullptr ? name : QString();
 }
 
 CKestruneView* CommandMenus::activeView() const {
@@ -162,7 +162,7 @@ void CommandMenus::followActiveWindow() {
 }
 
 void CommandMenus::updateStates() {
-    if (const Context* c = find(m_active))
+    if (const Context* c = contextNamed(m_active))
         for (const Entry& e : c->entries) e.update();
 }
 
@@ -172,7 +172,7 @@ void CommandMenus::armShortcuts() {
 }
 
 QAction* CommandMenus::action(const QString& context, const QString& text) const {
-    if (const Context* c = find(context))
+    if (const Context* c = contextNamed(context))
         for (const Entry& e : c->entries)
             if (e.action->text() == text || e.action->text().remove('&') == QString(text).remove('&')) return e.action;
     return nullptr;
@@ -180,12 +180,12 @@ QAction* CommandMenus::action(const QString& context, const QString& text) const
 
 QList<QAction*> CommandMenus::actions(const QString& context) const {
     QList<QAction*> list;
-    if (const Context* c = find(context))
+    if (const Context* c = contextNamed(context))
         for (const Entry& e : c->entries) list.push_back(e.action);
     return list;
 }
 
 QList<QMenu*> CommandMenus::menus(const QString& context) const {
-    const Context* c = find(context);
+    const Context* c = contextNamed(context);
     return c ? c->menus : QList<QMenu*>();
 }

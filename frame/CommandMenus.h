@@ -65,8 +65,8 @@ private:
 
     void buildWaveformContext(QMenuBar* bar, QAction* before);
     void buildWindowContext(const QString& name, QMenuBar* bar, QAction* before);
-    Context* find(const QString& name);
-    const Context* find(const QString& name) const;
+    Context* contextNamed(const QString& name);
+    const Context* contextNamed(const QString& name) const;
     CKestruneView* activeView() const;
     QWidget* activeWindowOf(const QString& context) const;
     QMenu* addMenu(Context& context, QMenuBar* bar, QAction* before, const QString& title);

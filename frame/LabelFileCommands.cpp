@@ -3,7 +3,6 @@
 #include <QFileInfo>
 
 #include "CChildFrame.h"
-#include "CMainFrame.h"
 #include "LabelFileDialogs.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
@@ -28,16 +27,16 @@ bool anyLabels(const CKestruneDoc& doc) {
 
 }  // namespace
 
-void addLabelFileCommands(CMainFrame& frame, const FileMenuAdder& add) {
-    auto doc = [&frame]() -> CKestruneDoc* {
-        CChildFrame* f = frame.activeChildFrame();
+void addLabelFileCommands(QWidget* parent, std::function<CChildFrame*()> activeFrame, const FileMenuAdder& add) {
+    auto doc = [activeFrame]() -> CKestruneDoc* {
+        CChildFrame* f = activeFrame();
         return f ? f->document() : nullptr;
     };
     add(
-        "Import Labels...", [&frame, doc] { importLabels(&frame, *doc(), frame.activeView()); },
+        "Import Labels...", [parent, activeFrame, doc] { importLabels(parent, *doc(), activeFrame()->kestruneView()); },
         [doc] { return doc() && doc()->holdsData(); });
     add(
-        "Export Labels...", [&frame, doc] { exportLabels(&frame, *doc()); },
+        "Export Labels...", [parent, doc] { exportLabels(parent, *doc()); },
         [doc] { return doc() && doc()->holdsData() && anyLabels(*doc()); });
 }
 

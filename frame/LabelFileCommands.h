@@ -10,7 +10,7 @@
 #include <QString>
 #include <functional>
 
-class CMainFrame;
+class CChildFrame;
 class QAction;
 class QWidget;
 class CKestruneView;
@@ -23,8 +23,10 @@ class CKestruneDoc;
 // that enables it (the main frame's own way of adding its entries).
 using FileMenuAdder = std::function<QAction*(const QString&, std::function<void()>, std::function<bool()>)>;
 
-// Adds the two entries where the main frame's File menu builder calls it.
-void addLabelFileCommands(CMainFrame& frame, const FileMenuAdder& add);
+// Adds the two entries where the main frame's File menu builder calls it;
+// they act on the document of the active child frame, with `parent` as the
+// dialogs' parent.
+void addLabelFileCommands(QWidget* parent, std::function<CChildFrame*()> activeFrame, const FileMenuAdder& add);
 
 // The two commands on the document of `view` (parent for the dialogs).
 void importLabels(QWidget* parent, sonmetra::CKestruneDoc& doc, CKestruneView* view);
