@@ -8,6 +8,7 @@
 #include "CliArgs.h"
 #include "CliCommon.h"
 #include "JsonInfo.h"
+#include "UnitCommands.h"
 #include "document/AtomicFileWriter.h"
 #include "document/MessageService.h"
 #include "document/UserException.h"
@@ -67,8 +68,10 @@ int run(int argc, char** argv) {
     std::set<std::string> valueOptions = {"channel",  "wav-channel", "raw-header", "raw-rate",
                                           "raw-bits", "raw-order",   "from-ms",    "to-ms"};
     for (const auto& name : analysisValueOptions()) valueOptions.insert(name);
+    for (const auto& name : unitValueOptions()) valueOptions.insert(name);
     const CliArgs args = parseCliArgs(argc, argv, valueOptions);
     if (args.command.empty()) throw UsageError("no command given");
+    if (args.command == "unit") return runUnitCommand(args, std::cout);
 
     const bool known = args.command == "info" || args.command == "samples" || args.command == "convert" ||
                        isAnalysisCommand(args.command);
@@ -105,6 +108,7 @@ int main(int argc, char** argv) {
     } catch (const UsageError& e) {
         std::cerr << "sonmetra-cli: " << e.what() << '\n' << kUsage;
         std::cerr << '\n' << analysisUsage();
+        std::cerr << '\n' << unitUsage();
         std::cerr << '\n';
         return 2;
     } catch (const CommandFailed&) {
