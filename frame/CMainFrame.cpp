@@ -20,6 +20,7 @@
 #include "ExportChannel.h"
 #include "FileDialogs.h"
 #include "ImportDialogs.h"
+#include "RecordPlayWindowCommand.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
@@ -59,6 +60,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     createStatusWindow(this);
     buildFileMenu();
     buildViewCommandMenus();
+    addRecordPlayWindowCommand(this, m_mdi);
     buildWindowMenu();
     buildHelpMenu();
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { armShortcuts(); });

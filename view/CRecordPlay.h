@@ -1,5 +1,7 @@
-// Recording and playback through the sound card from the waveform view:
-// Record, Play All, Play Selection and Play Window.
+// Recording and playback from the waveform view: Record, Play All, Play
+// Selection and Play Window, through the sound card or, with the input
+// source "External Hardware", the external unit (recordplay/UnitRecordPlay.h).
+// Each reads the open record and play options window first.
 //
 // Record asks whether to save a modified document, clears the labels and
 // starts timer 1; when it fires, a new CWaveIn records into a new sample
@@ -60,6 +62,8 @@ private:
     void startRecording();  // timer 1
     bool saveBeforeRecording();
     void fillRecordedChannel(unsigned rateHz, std::size_t samples);
+    // The view after a recording replaced the channels: whole range, no cursor, readouts.
+    void showRecordedChannels();
     void play(int firstSample, int count);
     void stopPlayback();
 
