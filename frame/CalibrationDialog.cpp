@@ -7,6 +7,7 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -58,6 +59,7 @@ CalibrationDialog::CalibrationDialog(CKestruneView& view)
     const char* titles[] = {"Name", "Units", "c3", "c2", "c1", "c0"};
     for (int c = 0; c < 6; ++c) m_table->setColumnTitle(c, titles[c]);
     m_table->setReadOnly(false);
+    m_table->horizontalHeader()->setStretchLastSection(true);
 
     auto* unitRow = new QHBoxLayout;
     unitRow->addWidget(m_identify);
@@ -111,7 +113,8 @@ void CalibrationDialog::load() {
         m_table->setText(r, kName, QString::fromStdString(ch.m_name));
         m_table->setText(r, kUnits, QString::fromStdString(ch.m_units));
         const double c[] = {ch.m_c3, ch.m_c2, ch.m_c1, ch.m_c0};
-        for (int k = 0; k < 4; ++k) m_table->setNumber(r, kC3 + k, c[k]);
+        // Full precision: a coefficient of 0.0012 must not read as 0.00.
+        for (int k = 0; k < 4; ++k) m_table->setText(r, kC3 + k, QString::number(c[k], 'g', 12));
         m_channel->addItem(QString::fromStdString(ch.m_name), m_channels[static_cast<std::size_t>(r)]);
     }
     m_table->fitColumns();
@@ -168,10 +171,11 @@ void CalibrationDialog::computeTwoPoint() {
     const double c0 = y1 - c1 * x1;
     const int row = rowOfChannel(channel);
     if (row < 0) return;
-    m_table->setNumber(row, kC3, 0.0);
-    m_table->setNumber(row, kC2, 0.0);
-    m_table->setNumber(row, kC1, c1);
-    m_table->setNumber(row, kC0, c0);
+    m_table->setText(row, kC3, QStringLiteral("0"));
+    m_table->setText(row, kC2, QStringLiteral("0"));
+    m_table->setText(row, kC1, QString::number(c1, 'g', 12));
+    m_table->setText(row, kC0, QString::number(c0, 'g', 12));
+    m_table->fitColumns();
 }
 
 void CalibrationDialog::accept() {

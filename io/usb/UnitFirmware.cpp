@@ -76,8 +76,8 @@ std::int16_t UnitFirmware::InputSample(int input, std::uint64_t k, double rateHz
         const double swell = 0.6 + 0.4 * std::sin(2.0 * std::numbers::pi * 2.0 * t);
         return static_cast<std::int16_t>(std::lround(12000.0 * swell * std::sin(2.0 * std::numbers::pi * 220.0 * t)));
     }
-    const double level = 1000.0 * ((input % 8) - 4);
-    const double amplitude = 3000.0 + 500.0 * (input % 5);
+    const double level = 2000.0 * ((input % 5) - 2);
+    const double amplitude = 12000.0 + 1500.0 * (input % 4);
     return static_cast<std::int16_t>(std::lround(level + amplitude * wave((input - 1) % 4, input * t)));
 }
 

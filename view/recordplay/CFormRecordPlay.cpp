@@ -4,6 +4,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -94,15 +95,21 @@ CFormRecordPlay::CFormRecordPlay(QWidget* parent)
 
     auto* unit = new QGroupBox(QStringLiteral("External unit"), this);
     auto* unitForm = new QFormLayout(unit);
-    auto* statusRow = new QHBoxLayout;
-    statusRow->addWidget(m_status, 1);
-    statusRow->addWidget(m_identify);
-    unitForm->addRow(QStringLiteral("In use"), statusRow);
+    // What is in use is said first and in full, the simulated unit included.
+    QFont bold = m_status->font();
+    bold.setBold(true);
+    m_status->setFont(bold);
+    m_status->setWordWrap(true);
+    unitForm->addRow(m_status);
     unitForm->addRow(QStringLiteral("Unit"), m_unit);
     unitForm->addRow(QStringLiteral("Device name"), m_device);
     unitForm->addRow(QStringLiteral("USB id of Rvm-0"), m_usbIds[0]);
     unitForm->addRow(QStringLiteral("USB id of Ezusb-0"), m_usbIds[1]);
     unitForm->addRow(QStringLiteral("Multiplex type"), m_multiplex);
+    auto* identifyRow = new QHBoxLayout;
+    identifyRow->addStretch(1);
+    identifyRow->addWidget(m_identify);
+    unitForm->addRow(identifyRow);
 
     m_table->setGridSize(kRows, 4);
     m_table->setColumnTitle(kSelected, QStringLiteral("Selected"));
@@ -112,6 +119,7 @@ CFormRecordPlay::CFormRecordPlay(QWidget* parent)
     for (int r = 0; r < kRows; ++r)
         m_table->setRowTitle(r, r == 0 ? QStringLiteral("Audio") : QStringLiteral("ch%1").arg(r));
     m_table->setReadOnly(false);
+    m_table->horizontalHeader()->setStretchLastSection(true);
 
     auto* top = new QHBoxLayout;
     top->addWidget(input);

@@ -51,8 +51,8 @@ void saveUsbUnitSettings(const UsbUnitSettings& s) {
         settings.setValue(QString::fromStdString(name), QString::fromStdString(formatUsbId(id)));
 }
 
-void applyUsbUnitSettings(const UsbUnitSettings& settings) {
-    if (applied() && sameSettings(settings, inForce())) return;
+void applyUsbUnitSettings(const UsbUnitSettings& settings, bool newDriver) {
+    if (!newDriver && applied() && sameSettings(settings, inForce())) return;
     inForce() = settings;
     applied() = true;
     setUsbDriver(makeUsbDriver(settings));

@@ -15,8 +15,9 @@ class AppConfig;
 // The settings as stored, with SONMETRA_UNIT applied.
 sonmetra::usb::UsbUnitSettings loadUsbUnitSettings();
 void saveUsbUnitSettings(const sonmetra::usb::UsbUnitSettings& settings);
-// Installs the driver the settings describe (a new one only when they changed).
-void applyUsbUnitSettings(const sonmetra::usb::UsbUnitSettings& settings);
+// Installs the driver the settings describe: a new one when they changed
+// or when asked for (a fresh simulated unit).
+void applyUsbUnitSettings(const sonmetra::usb::UsbUnitSettings& settings, bool newDriver = false);
 const sonmetra::usb::UsbUnitSettings& usbUnitSettingsInForce();
 // Start-up: the stored settings applied, the device name from the configuration record.
 void installUsbUnitFromSettings(const sonmetra::AppConfig& config);
