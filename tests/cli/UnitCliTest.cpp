@@ -10,6 +10,7 @@
 #include <string>
 
 #include "../document/TestFiles.h"
+#include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
@@ -78,6 +79,24 @@ TEST_F(UnitCliTest, IdentifyWithoutAUnitPrintsMinusOneAndSaysWhy) {
     EXPECT_EQ(r.out, "-1\n");
     EXPECT_NE(r.err.find("1209:7fff"), std::string::npos) << r.err;
     EXPECT_TRUE(trace().empty());
+}
+
+TEST_F(UnitCliTest, TheDeviceNameAndIdsComeFromTheWorkstationsSettings) {
+    // The workstation's settings name its working folder, whose configuration record chooses Ezusb-0.
+    AppConfig config;
+    config.m_driverSetting = 1;
+    ASSERT_TRUE(config.writeFile(dir.file("SonmetraConf.cfg")));
+    std::filesystem::create_directories(dir.path() / "Melvarco");
+    std::ofstream(dir.path() / "Melvarco" / "Sonmetra.conf")
+        << "[General%20Strings%20Section]\nTemp%20Directory=" << dir.path().string()
+        << "\n\n[UsbUnit]\nEzusb-0=1209:7ffd\nSimulated=0\n";
+    const Result r = run("unit identify");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "-1\n");
+    EXPECT_NE(r.err.find("USB unit Ezusb-0 (1209:7ffd) at \\\\.\\Ezusb-0"), std::string::npos) << r.err;
+    // --unit chooses the simulated unit over the settings.
+    const Result simulated = run("unit identify --unit simulated:5");
+    EXPECT_EQ(simulated.out, "5\n");
 }
 
 TEST_F(UnitCliTest, RecordWritesEveryInputOfTheRowAtItsRate) {

@@ -245,8 +245,12 @@ private slots:
         QCOMPARE(form->unitStatus()->text(), QString("Simulated unit (13 channels)"));
         QCOMPARE(QSettings().value("UsbUnit/Simulated").toInt(), 13);
         QCOMPARE(QSettings().value("UsbUnit/Rvm-0").toString(), QString("abcd:0123"));
-        // sonmetra-cli reads the same file.
-        const usb::UsbUnitSettings cli = usb::readUsbSettingsFile(usb::settingsFilePath(), {});
+        // sonmetra-cli reads the same file, and the working folder from it.
+        QSettings().setValue("General Strings Section/Temp Directory", "/home/phonetics/Sonmetra data");
+        QSettings().sync();
+        std::string workingFolder;
+        const usb::UsbUnitSettings cli = usb::readUsbSettingsFile(usb::settingsFilePath(), {}, &workingFolder);
+        QCOMPARE(workingFolder, std::string("/home/phonetics/Sonmetra data"));
         QCOMPARE(cli.simulatedChannels, 13);
         QVERIFY((cli.ids.at("Rvm-0") == usb::UsbId{0xabcd, 0x0123}));
         QVERIFY((cli.ids.at("Ezusb-0") == usb::UsbId{0x04b4, 0x8613}));

@@ -4,10 +4,13 @@
 // the stop request.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <map>
 #include <numeric>
 
 #include "UsbTestSupport.h"
 #include "document/UserException.h"
+#include "io/usb/UsbUnitSettings.h"
 
 using namespace sonmetra;
 using namespace sonmetra::usb;
@@ -272,4 +275,37 @@ TEST_F(UsbOnSimulatedUnit, ARateBelowOneHertzIsNotPlayed) {
     EXPECT_EQ(m_messages.texts(), std::vector<std::string>{"The sample rate of 0.5 Hz cannot be played through the "
                                                            "unit."});
     EXPECT_TRUE(traceLines().empty());
+}
+
+TEST(UsbUnitSettings, TheUdevRuleLetsUsersOpenTheDefaultIds) {
+    std::ifstream rule(SONMETRA_UDEV_RULE);
+    ASSERT_TRUE(rule.good());
+    std::map<std::string, UsbId> found;
+    for (std::string line; std::getline(rule, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        auto attr = [&](const std::string& name) {
+            const auto at = line.find("ATTR{" + name + "}==\"");
+            return at == std::string::npos ? std::string() : line.substr(at + name.size() + 9, 4);
+        };
+        UsbId id;
+        ASSERT_TRUE(parseUsbId(attr("idVendor") + ":" + attr("idProduct"), id)) << line;
+        EXPECT_NE(line.find("TAG+=\"uaccess\""), std::string::npos) << line;
+        found[formatUsbId(id)] = id;
+    }
+    for (const auto& [name, id] : UsbUnitSettings::defaultIds()) EXPECT_EQ(found.count(formatUsbId(id)), 1u) << name;
+}
+
+TEST(UsbUnitSettings, UnitChoicesAndIdsAreReadStrictly) {
+    int n = -1;
+    EXPECT_TRUE(parseUnitChoice("simulated:13", n));
+    EXPECT_EQ(n, 13);
+    EXPECT_TRUE(parseUnitChoice("usb", n));
+    EXPECT_EQ(n, 0);
+    for (const char* bad : {"simulated:7", "simulated:", "simulated:9x", "USB", "sim:9", ""})
+        EXPECT_FALSE(parseUnitChoice(bad, n)) << bad;
+    UsbId id;
+    EXPECT_TRUE(parseUsbId("04B4:8613", id));
+    EXPECT_EQ(id, (UsbId{0x04b4, 0x8613}));
+    for (const char* bad : {"4b4:8613", "04b4-8613", "04b4:861g", "04b4:86130", " 04b4:8613", ""})
+        EXPECT_FALSE(parseUsbId(bad, id)) << bad;
 }
