@@ -77,6 +77,9 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
 }
 
 CMainFrame::~CMainFrame() {
+    // The workspace outlives this body and reports its windows going as it
+    // closes; nothing of this frame may answer by then.
+    disconnect(m_mdi, nullptr, this, nullptr);
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;

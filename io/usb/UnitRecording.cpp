@@ -27,18 +27,23 @@ std::uint32_t RecordingUnitCount(double recordTimeMs, double audioRateHz, int au
     return static_cast<std::uint32_t>(std::clamp(units, 1.0, 4.0e9));
 }
 
-UnitRecordingPlan PlanUnitRecording(const AppConfig& config, int unitChannels) {
-    UnitRecordingPlan plan;
+AcquisitionSettings AcquisitionFromConfig(const AppConfig& config, int unitChannels) {
     AcquisitionSettings acq;
     acq.unitChannels = unitChannels;
     acq.multiplexType = config.m_multiplexType;
     acq.inputLine = config.m_inputLine;
     acq.audioRateHz = config.m_externalRateHz;
-    for (std::size_t i = 1; i < acq.inputs.size(); ++i) {
+    for (std::size_t i = 0; i < acq.inputs.size(); ++i) {
         const ChannelRow& row = config.m_rows[i];
         acq.inputs[i] = InputFrontEnd{static_cast<double>(row.rateHz), static_cast<double>(row.bandwidthHz),
                                       static_cast<double>(row.gain)};
     }
+    return acq;
+}
+
+UnitRecordingPlan PlanUnitRecording(const AppConfig& config, int unitChannels) {
+    UnitRecordingPlan plan;
+    const AcquisitionSettings acq = AcquisitionFromConfig(config, unitChannels);
     plan.block = BuildParameterBlock(acq);
     plan.row = MultiplexRowFor(unitChannels, config.m_multiplexType);
     const MultiplexRow row = plan.row.value_or(MultiplexRow{});

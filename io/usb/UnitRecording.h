@@ -57,6 +57,10 @@ struct UnitRecordingPlan {
     bool timesMatch() const;
 };
 
+// The acquisition settings of the record options for a unit of unitChannels
+// (the live scope builds its parameter block from them too).
+AcquisitionSettings AcquisitionFromConfig(const AppConfig& config, int unitChannels);
+
 // Builds the plan and its parameter block from the record options in
 // `config` for a unit of `unitChannels`. Reports "Unknown multiplex type." or
 // "Wrong input source..." (UserException) as the block does.
