@@ -82,4 +82,4 @@ bool CKestruneApp::initInstance() {
     return true;
 }
 
-int CKestruneApp::exec() { return QApplication::exec(); }
+int CKestruneApp::runEventLoop() { return QApplication::exec(); }

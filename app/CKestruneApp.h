@@ -23,7 +23,8 @@ public:
     // probe, temporary folder, channel table, configuration file, main frame,
     // command line, shown maximised. False when the program must not run.
     bool initInstance();
-    int exec();
+    // The event loop, until the main frame closes.
+    int runEventLoop();
 
     CMainFrame* mainFrame() const { return m_frame.get(); }
     sonmetra::AppConfig& config() { return m_config; }

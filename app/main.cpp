@@ -4,5 +4,5 @@
 int main(int argc, char** argv) {
     CKestruneApp app(argc, argv);
     if (!app.initInstance()) return 1;
-    return app.exec();
+    return app.runEventLoop();
 }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "analysis/AnalysisSettings.h"
-#include "analysis/ChannelAnalysis.h"
+#include "document/ChannelAnalysis.h"
 #include "analysis/FftSpectrum.h"
 #include "analysis/LpcSpectrum.h"
 #include "analysis/PitchTrack.h"

@@ -6,7 +6,7 @@
 
 #include <QDockWidget>
 
-#include "view/ViewReadouts.h"
+#include "view/IViewReadouts.h"
 
 class QLabel;
 class QMainWindow;

@@ -4,7 +4,7 @@
 
 #include <QWidget>
 
-#include "view/ViewReadouts.h"
+#include "view/IViewReadouts.h"
 
 class QLabel;
 

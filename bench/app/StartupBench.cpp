@@ -28,5 +28,5 @@ int main(int argc, char** argv) {
                     static_cast<long long>(clock.elapsed()), static_cast<long long>(init));
         QApplication::quit();
     });
-    return app.exec();
+    return app.runEventLoop();
 }

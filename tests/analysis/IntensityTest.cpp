@@ -1,4 +1,4 @@
-// Intensity contour, frame intensity, smoothing and the channel drivers.
+// Intensity contour, frame intensity and smoothing.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "TestSignals.h"
-#include "analysis/ChannelAnalysis.h"
 #include "analysis/FrameIntensity.h"
 #include "analysis/IntensityContour.h"
 #include "analysis/LpcAnalysis.h"
@@ -115,60 +114,6 @@ TEST(SmoothSamples, RunningSumEqualsTheDirectSums) {
         }
         EXPECT_EQ(got, want) << m;
     }
-}
-
-TEST(ChannelAnalysis, IntensityAndSmoothingUseTheChannelsSettings) {
-    CChannel ch;
-    ch.m_rateHz = 10000.0;
-    ASSERT_TRUE(ch.m_samples.resize(5000));
-    for (std::size_t i = 0; i < 5000; ++i) ch.m_samples[i] = 110;
-    ch.m_sampleCount = 5000;
-    ch.m_reference = 10.0;  // the offset: power of 100²
-    ASSERT_TRUE(ComputeIntensity(ch));
-    EXPECT_EQ(ch.m_intensityValid, 1);
-    ASSERT_EQ(ch.m_intensity.size(), 5000u);
-    EXPECT_NEAR(ch.m_intensity[2500], 10 * std::log10(201 * 10000 / 200.5), 1e-12);
-    ch.m_intensityStepMs = 0.0;
-    EXPECT_FALSE(ComputeIntensity(ch));
-    EXPECT_EQ(ch.m_intensityValid, 0);
-
-    ch.m_samples[0] = 0;
-    ch.m_smoothingOn = 0;
-    ASSERT_TRUE(SmoothChannel(ch));
-    EXPECT_EQ(ch.m_samples[0], 0);
-    ch.m_smoothingOn = 1;
-    ch.m_smoothingLength = 2;
-    ASSERT_TRUE(SmoothChannel(ch));
-    EXPECT_EQ(ch.m_samples[0], 55);
-}
-
-TEST(ChannelAnalysis, AllChannelsStopAtAFailureOrACancel) {
-    CKestruneDoc doc;
-    doc.setChannelCount(3);
-    for (int i = 0; i < 3; ++i) {
-        CChannel& ch = doc.channel(i);
-        ch.m_rateHz = 10000.0;
-        ASSERT_TRUE(ch.m_samples.resize(3000));
-        ch.m_sampleCount = 3000;
-        for (std::size_t k = 0; k < 3000; ++k) ch.m_samples[k] = 100;
-    }
-    doc.channel(1).m_intensityStepMs = 0.0;  // fails
-    EXPECT_EQ(ComputeIntensityAllChannels(doc), AnalysisStatus::Failed);
-    EXPECT_EQ(doc.channel(0).m_intensityValid, 1);
-    EXPECT_EQ(doc.channel(0).m_intensityShown, 1);
-    EXPECT_EQ(doc.channel(2).m_intensityValid, 0);  // never reached
-    doc.channel(1).m_intensityStepMs = 10.0;
-    EXPECT_EQ(ComputeIntensityAllChannels(doc, [](int done, int) { return done < 2; }), AnalysisStatus::Cancelled);
-    EXPECT_EQ(doc.channel(1).m_intensityValid, 1);
-    EXPECT_EQ(doc.channel(2).m_intensityValid, 0);
-
-    doc.channel(0).m_samples[0] = 0;
-    doc.channel(0).m_smoothingLength = 2;
-    doc.channel(1).m_smoothingOn = 0;
-    doc.channel(1).m_samples[0] = 0;
-    EXPECT_EQ(SmoothAllChannels(doc), AnalysisStatus::Ok);
-    EXPECT_EQ(doc.channel(0).m_samples[0], 50);
-    EXPECT_EQ(doc.channel(1).m_samples[0], 0);
 }
 
 TEST(AnalysisWorkspace, ThreadsDoNotShareBuffers) {

@@ -1,4 +1,4 @@
-#include "analysis/ChannelAnalysis.h"
+#include "document/ChannelAnalysis.h"
 
 #include <algorithm>
 #include <new>
