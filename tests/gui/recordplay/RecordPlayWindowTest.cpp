@@ -18,6 +18,7 @@
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
 #include "document/UserException.h"
+#include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
 #include "io/SimulatedWaveDevice.h"
 #include "io/usb/UsbUnitSettings.h"
@@ -151,6 +152,23 @@ private slots:
         window->close();
         QVERIFY(window->isHidden());
         QCOMPARE(CFrameRecordPlay::instance(), window);
+
+        // The menu's Record in a new document, with the window open beside it, records from the unit.
+        toggle->trigger();
+        formForUnitRecording(700, 2);
+        window->setGeometry(560, 0, 520, 560);
+        CChildFrame* child = frame.newDocument();
+        child->setGeometry(0, 0, 560, 560);
+        QAction* recordAction = findAction(frame.menuBar(), "&Record/Play", "Record");
+        QVERIFY(recordAction != nullptr);
+        recordAction->trigger();
+        QTest::qWait(20);
+        QVERIFY(waitFor([&] { return child->document()->holdsData(); }));
+        QCOMPARE(child->document()->channelCount(), 9);
+        QCOMPARE(child->document()->channel(8).m_name, std::string("ch8"));
+        QVERIFY2(m_messages->texts().empty(), m_messages->lastText().c_str());
+        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty())
+            frame.grab().save(dir + "/main-frame-unit-recording.png");
     }
 
     void theFormEditsTheRecordOptions() {
