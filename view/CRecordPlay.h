@@ -44,6 +44,8 @@ public:
     void stopRecording();
 
     bool recording() const { return m_recording; }
+    // Record has been chosen and timer 1 has not fired yet.
+    bool recordPending() const { return m_recordPending; }
     bool playing() const;
     const ViewWaveDisplay& display() const { return *m_display; }
 

@@ -90,9 +90,8 @@ class RecordPlayWindowTest : public QObject {
     void record(CKestruneView& view) {
         command("Record\tCtrl+R").run(view);
         auto* feature = view.extension<CRecordPlay>();
-        // Timer 1 starts the transfer, which ends before the command returns to the loop.
-        QTest::qWait(20);
-        QVERIFY(waitFor([&] { return QApplication::activeModalWidget() == nullptr && !feature->recording(); }));
+        // Timer 1 starts the transfer, which has ended when the timer's handler returns.
+        QVERIFY(waitFor([&] { return !feature->recordPending() && QApplication::activeModalWidget() == nullptr; }));
     }
 
 private slots:
@@ -162,7 +161,6 @@ private slots:
         QAction* recordAction = findAction(frame.menuBar(), "&Record/Play", "Record");
         QVERIFY(recordAction != nullptr);
         recordAction->trigger();
-        QTest::qWait(20);
         QVERIFY(waitFor([&] { return child->document()->holdsData(); }));
         QCOMPARE(child->document()->channelCount(), 9);
         QCOMPARE(child->document()->channel(8).m_name, std::string("ch8"));
@@ -334,10 +332,12 @@ private slots:
         QString seen;
         QTimer watch;
         QObject::connect(&watch, &QTimer::timeout, [&] {
-            if (auto* p = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget())) seen = p->labelText();
+            const auto* p = view.findChild<QProgressDialog*>();
+            if (p != nullptr && p->isVisible() && p->isModal()) seen = p->labelText();
         });
         watch.start(20);
         record(view);
+        QVERIFY2(m_messages->texts().empty(), m_messages->lastText().c_str());
         QVERIFY2(seen.startsWith("Recording from Simulated unit (9 channels)...\nElapsed: "), qPrintable(seen));
         QVERIFY2(seen.endsWith(" of 0.3 s"), qPrintable(seen));
         QCOMPARE(doc.channel(0).m_sampleCount, 3300.0);
