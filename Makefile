@@ -15,7 +15,7 @@ PACKAGES := cmake ninja-build g++ pkg-config \
   portaudio19-dev libusb-1.0-0-dev libsndfile1-dev zlib1g-dev \
   libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev \
   xvfb xauth pulseaudio pulseaudio-utils libasound2-plugins alsa-utils \
-  espeak-ng sox python3 praat parallel
+  espeak-ng sox python3 praat parallel umockdev libumockdev-dev
 BENCH_PACKAGES := praat
 FUZZ_PACKAGES := clang libclang-rt-14-dev
 
@@ -86,8 +86,10 @@ fuzz: deps
 clean:
 	rm -rf build build-asan build-tsan build-fuzz fuzz-out
 
-# Installs the programs, the manual, the desktop entry and the *.kvd MIME type.
+# Installs the programs, the manual, the desktop entry, the *.kvd MIME type
+# and the external unit's udev rule (udev is told to read it again).
 install: build
 	$(SUDO) cmake --install $(BUILD)
 	-$(SUDO) update-mime-database /usr/local/share/mime >/dev/null 2>&1
 	-$(SUDO) update-desktop-database /usr/local/share/applications >/dev/null 2>&1
+	-$(SUDO) udevadm control --reload-rules >/dev/null 2>&1 && $(SUDO) udevadm trigger --subsystem-match=usb >/dev/null 2>&1

@@ -12,6 +12,7 @@
 #include "frame/CMainFrame.h"
 #include "res/StringTable.h"
 #include "view/AppServices.h"
+#include "view/recordplay/UsbUnitSetup.h"
 
 CKestruneApp::CKestruneApp(int& argc, char** argv) : m_qapp(std::make_unique<QApplication>(argc, argv)) {
     QApplication::setOrganizationName("Melvarco");
@@ -63,6 +64,7 @@ bool CKestruneApp::initInstance() {
     const std::string configPath = (m_workingFolder + "/SonmetraConf.cfg").toStdString();
     m_config.readFile(configPath);
     m_config.setFilePath(configPath);
+    installUsbUnitFromSettings(m_config);
 
     AppServices& services = AppServices::instance();
     services.config = &m_config;

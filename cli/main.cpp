@@ -10,6 +10,7 @@
 #include "CorpusRun.h"
 #include "JsonInfo.h"
 #include "LabelCommands.h"
+#include "UnitCommands.h"
 #include "document/AtomicFileWriter.h"
 #include "document/MessageService.h"
 #include "document/UserException.h"
@@ -85,8 +86,10 @@ int run(int argc, char** argv) {
                                           "raw-bits", "raw-order",   "from-ms",    "to-ms"};
     for (const auto& name : analysisValueOptions()) valueOptions.insert(name);
     for (const auto& name : labelsValueOptions()) valueOptions.insert(name);
+    for (const auto& name : unitValueOptions()) valueOptions.insert(name);
     const CliArgs args = parseCliArgs(argc, argv, valueOptions);
     if (args.command.empty()) throw UsageError("no command given");
+    if (args.command == "unit") return runUnitCommand(args, std::cout);
 
     const bool known = args.command == "info" || args.command == "samples" || args.command == "convert" ||
                        args.command == "labels" || isAnalysisCommand(args.command);
@@ -126,6 +129,7 @@ int main(int argc, char** argv) {
         std::cerr << "sonmetra-cli: " << e.what() << '\n' << kUsage;
         std::cerr << '\n' << analysisUsage();
         std::cerr << '\n' << labelsUsage();
+        std::cerr << '\n' << unitUsage();
         std::cerr << '\n';
         return 2;
     } catch (const CommandFailed&) {

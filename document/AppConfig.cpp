@@ -81,7 +81,7 @@ std::int32_t AppConfig::analysisOrder(double rate) {
 bool AppConfig::fromRecord(const Record& r) {
     if (text(r, kVersionText, 16) != kVersion) return false;
     m_raw = r;
-    m_carriedWord = i32(r, kCarriedWord);
+    m_driverSetting = i32(r, kDriverSetting);
     const std::string line = text(r, kInputLine, 16);
     m_inputLine = (line == "Mic" || line == "Line") ? line : "Mic";
     const std::string source = text(r, kSource, 36);
@@ -145,6 +145,8 @@ bool AppConfig::fromRecord(const Record& r) {
     for (std::size_t k = 0; k < std::size(specInts); ++k) takeIf(*specInts[k], i32(r, kSpecInts + 4 * k), 0, 1000000);
     readPrint(s.print, r, kSpecPrint);
 
+    takeIf(m_multiplexType, i32(r, kMultiplexType), 1, 3);
+
     for (std::size_t c = 0; c < m_channelSettings.size(); ++c) {
         ChannelAnalysisSettings& cs = m_channelSettings[c];
         const std::size_t at = kChannelSettings + kChannelSettingsStride * c;
@@ -161,7 +163,7 @@ bool AppConfig::fromRecord(const Record& r) {
 AppConfig::Record AppConfig::toRecord() const {
     Record r = m_raw;
     putText(r, kVersionText, 16, kVersion);
-    put(r, kCarriedWord, m_carriedWord);
+    put(r, kDriverSetting, m_driverSetting);
     putText(r, kInputLine, 16, m_inputLine);
     putText(r, kSource, 36, m_source);
     for (std::size_t row = 0; row < kRows; ++row) {
@@ -225,6 +227,7 @@ AppConfig::Record AppConfig::toRecord() const {
         put(r, at + 20, cs.smoothingOn);
         put(r, at + 24, cs.smoothingLength);
     }
+    put(r, kMultiplexType, m_multiplexType);
     return r;
 }
 

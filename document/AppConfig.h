@@ -11,12 +11,15 @@
 
 namespace sonmetra {
 
-// One row of the channel settings table.
+// One row of the channel settings table. Row 0 is the audio channel, row i
+// the unit's input i.
 struct ChannelRow {
+    static constexpr std::int32_t kSelected = 1;  // bit of the channel word: record this input
     std::int32_t word = 0;
     std::int32_t rateHz = 0;
     std::int32_t bandwidthHz = 0;
     std::int32_t gain = 0;
+    bool selected() const { return (word & kSelected) != 0; }
 };
 
 // Per-channel intensity and smoothing settings.
@@ -63,7 +66,10 @@ public:
     void setFilePath(const std::string& path) { m_filePath = path; }
     const std::string& filePath() const { return m_filePath; }
 
-    std::int32_t m_carriedWord = 0;
+    // The external unit: which device name opens it (non-zero "Ezusb-0",
+    // 0 "Rvm-0") and the multiplex type 1..3 of its recordings.
+    std::int32_t m_driverSetting = 0;
+    std::int32_t m_multiplexType = 2;
     std::string m_inputLine = "Mic";
     std::string m_source = "Computer";
     std::array<ChannelRow, cfg::kRows> m_rows{};

@@ -4,10 +4,11 @@
 //
 //  offset width field
 //  0      16    version text "8.9.1", NUL-terminated
-//  16     4     int32 setting carried as read (unit-specific flags of the acquisition side)
+//  16     4     int32 driver setting of the external unit: non-zero opens "Ezusb-0", 0 "Rvm-0"
 //  20     16    input line text: "Mic" or "Line"
 //  36     36    acquisition source text: "Computer" or "External Hardware"
-//  72     68    17 x int32 channel word of channel-table rows 0..16
+//  72     68    17 x int32 channel word of channel-table rows 0..16: bit 0 = selected for
+//               recording from the unit (row 0, the audio channel, is always recorded)
 //  140    68    17 x int32 sample rate (Hz), taken when 1000..45000
 //  208    68    17 x int32 bandwidth (Hz), taken when 0 < bw <= 8000
 //  276    68    17 x int32 gain, taken when 0 < gain <= 350
@@ -72,8 +73,9 @@
 //  +16    4     int32 normalise
 //  +20    4     int32 smoothing on
 //  +24    8     double smoothing length (samples)
-//  --- external USB unit and live scope from 1640 (reserved for those windows)
-//  1640   584   zero
+//  --- external USB unit and live scope from 1640
+//  1640   4     int32 multiplex type 1..3
+//  1644   580   zero (reserved for the unit and the live scope)
 #pragma once
 
 #include <cstddef>
@@ -85,7 +87,7 @@ constexpr char kVersion[] = "8.9.1";
 constexpr int kRows = 17;
 
 constexpr std::size_t kVersionText = 0;
-constexpr std::size_t kCarriedWord = 16;
+constexpr std::size_t kDriverSetting = 16;
 constexpr std::size_t kInputLine = 20;
 constexpr std::size_t kSource = 36;
 constexpr std::size_t kChannelWords = 72;
@@ -141,6 +143,7 @@ constexpr std::size_t kChannelSettingsStride = 32;
 constexpr int kChannelSettingsSlots = 20;
 
 constexpr std::size_t kExternalUnit = 1640;
+constexpr std::size_t kMultiplexType = 1640;
 
 static_assert(kChannelSettings + kChannelSettingsStride * kChannelSettingsSlots <= kExternalUnit);
 static_assert(kExternalUnit < kRecordSize);

@@ -21,6 +21,7 @@
 #include "ExportChannel.h"
 #include "ImportDialogs.h"
 #include "LabelFileCommands.h"
+#include "RecordPlayWindowCommand.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
@@ -56,6 +57,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     buildHelpMenu();
     m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
+    addRecordPlayWindowCommand(this, m_mdi);
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at
@@ -69,9 +71,9 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
 }
 
 CMainFrame::~CMainFrame() {
-    // A frame destroyed while shown closes its document windows afterwards,
-    // in the widget's destructor: they must no longer reach this frame.
-    m_mdi->disconnect(this);
+    // The workspace outlives this body and reports its windows going as it
+    // closes; nothing of this frame may answer by then.
+    disconnect(m_mdi, nullptr, this, nullptr);
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;

@@ -1,5 +1,6 @@
 #include "FrameViewCommands.h"
 
+#include "CalibrationDialog.h"
 #include "DisplayOptionDialog.h"
 #include "ViewPrinting.h"
 #include "WaveformRenderKind.h"
@@ -35,5 +36,6 @@ void registerFrameViewCommands() {
     add(view, "Print Preview", 111, printPreviewCommand);
     add(options, "Zoom...", 300, runZoomOptions);
     add(options, "Display", 310, runDisplayOptions);
+    add(options, "Calibration...", 320, runCalibrationDialog);
     registerWaveformRenderKind();
 }

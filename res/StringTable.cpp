@@ -36,7 +36,8 @@ constexpr Entry kStrings[] = {
      "any formatting."},
 
     {IDS_FONT_ERROR, "Error in creating fonts"},
-    {IDS_REGISTRY_ERROR, "Unable to update the system registry.\nPlease contact your system administrator and/or the vender."},
+    {IDS_REGISTRY_ERROR,
+     "Unable to update the system registry.\nPlease contact your system administrator and/or the vender."},
     {IDS_NO_HELP_FILE, "No help file was found. Please contact the vendor."},
 
     {IDS_TEMP_SAVE_ERROR, "Error in saving the temp file"},
@@ -85,6 +86,16 @@ constexpr Entry kStrings[] = {
      "The settings could not be written to the configuration file '%s'.\nThey stay in force until the program ends."},
 
     {IDS_SAMPLES_CLIPPED, "%s samples were beyond 16-bit full scale and have been clipped."},
+
+    {IDS_USB_OPEN_ERROR,
+     "Error in opening the requested USB device.\nPlease unplug the device, wait a few seconds and replug the device."},
+    {IDS_USB_REQUEST_FAILED, "Request send command failed."},
+    {IDS_USB_READ_ERROR, "Error in reading the incoming data."},
+    {IDS_UNKNOWN_MULTIPLEX_TYPE, "Unknown multiplex type."},
+    {IDS_WRONG_INPUT_SOURCE,
+     "Wrong input source.\nPlease refer to the Record/Play window to select a proper\ninput source."},
+    {IDS_SAMPLE_ROUTINE_FAILED, "Sample routine failed."},
+    {IDS_USB_PLAY_RATE, "The sample rate of %s Hz cannot be played through the unit."},
 };
 
 }  // namespace

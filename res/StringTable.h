@@ -21,7 +21,7 @@ enum StringId : int {
     IDS_INCORRECT_DATA_COUNT,
     IDS_SAVE_ERROR,
     IDS_CHANNEL_COPY_ERROR,
-    IDS_SAVE_CHANGES_Q,        // "Save Changes to '%s' before closing ?"
+    IDS_SAVE_CHANGES_Q,  // "Save Changes to '%s' before closing ?"
     IDS_ZERO_LENGTH_FILE,
     IDS_GENERIC_READ_ERROR,
     IDS_NOT_PURE_ASCII,
@@ -80,6 +80,15 @@ enum StringId : int {
 
     // Sound file import.
     IDS_SAMPLES_CLIPPED = 61900,  // "%s samples ... clipped": count of samples beyond 16-bit full scale
+
+    // External USB acquisition unit.
+    IDS_USB_OPEN_ERROR = 61950,
+    IDS_USB_REQUEST_FAILED,
+    IDS_USB_READ_ERROR,  // also what a failed bulk write reports
+    IDS_UNKNOWN_MULTIPLEX_TYPE,
+    IDS_WRONG_INPUT_SOURCE,
+    IDS_SAMPLE_ROUTINE_FAILED,
+    IDS_USB_PLAY_RATE,  // "%s": the rate in Hz
 };
 
 // The text of a string number; an unknown number gives an empty text.

@@ -14,11 +14,15 @@
 #include "LabelController.h"
 #include "ViewCommands.h"
 #include "ViewWaveDisplay.h"
+#include "document/AppConfig.h"
 #include "document/AudioRate.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "io/CWaveIn.h"
 #include "io/CWaveOut.h"
+#include "recordplay/CFormRecordPlay.h"
+#include "recordplay/RecordPlayConfig.h"
+#include "recordplay/UnitRecordPlay.h"
 #include "res/StringTable.h"
 
 using namespace sonmetra;
@@ -44,6 +48,8 @@ CRecordPlay::SaveAsHandler& saveAsHandler() {
     static CRecordPlay::SaveAsHandler handler = defaultSaveAs;
     return handler;
 }
+
+constexpr char kExternalSource[] = "External Hardware";
 
 // The channel that is played: the audio channel, else the first present one.
 int playedChannel(const CKestruneDoc& doc) {
@@ -98,6 +104,8 @@ bool CRecordPlay::saveBeforeRecording() {
 
 void CRecordPlay::record() {
     if (m_recording || m_recordPending) return;
+    // What the options window shows is what is recorded; a refused value ends the command here.
+    if (!CFormRecordPlay::takeOpenFormSettings()) return;
     if (!saveBeforeRecording()) return;
     if (auto* labels = m_view.extension<LabelController>()) {
         labels->clearForRecording();
@@ -115,7 +123,15 @@ void CRecordPlay::record() {
 }
 
 void CRecordPlay::startRecording() {
-    const auto rateHz = static_cast<unsigned>(std::max(0.0, audioRateInForce()));
+    const AppConfig& config = recordPlayConfig();
+    if (config.m_source == kExternalSource) {
+        if (recordFromUnit(&m_view, *m_view.document(), config)) showRecordedChannels();
+        m_view.update();
+        return;
+    }
+    // "Computer" records the microphone at the audio rate in force, "Line" the line input at its own rate.
+    const double rate = config.m_inputLine == "Line" ? config.m_lineRateHz : audioRateInForce();
+    const auto rateHz = static_cast<unsigned>(std::max(0.0, rate));
     m_waveIn.reset();
     m_block.clear();
     (void)m_block.resize(5);  // the engine grows it by whole buffers
@@ -179,6 +195,11 @@ void CRecordPlay::fillRecordedChannel(unsigned rateHz, std::size_t samples) {
     doc.setChannelCount(1);
     doc.setHoldsData(samples > 0);
     doc.setModified(true);
+    showRecordedChannels();
+}
+
+void CRecordPlay::showRecordedChannels() {
+    const CKestruneDoc& doc = *m_view.document();
     m_view.setCursorPlaced(false);
     m_view.setSelectionPresent(false);
     m_view.channelsEdited();
@@ -203,7 +224,12 @@ void CRecordPlay::play(int firstSample, int count) {
     const int index = playedChannel(doc);
     if (index < 0) return;
     const CChannel& ch = doc.channel(index);
+    if (!CFormRecordPlay::takeOpenFormSettings()) return;
     stopPlayback();
+    if (recordPlayConfig().m_source == kExternalSource) {
+        playThroughUnit(&m_view, ch, firstSample, count, recordPlayConfig());
+        return;
+    }
     m_waveOut = std::make_unique<CWaveOut>();
     const QRect trace = m_view.traceArea();
     m_waveOut->SetProgress(m_display.get(), 1, trace.left(), trace.top(), trace.left() + trace.width(),
@@ -279,7 +305,8 @@ void registerRecordPlayCommands() {
         ViewCommandRegistry::instance().add(std::move(c));
     };
     add(
-        "Record\tCtrl+R", "Records from the sound card into this document", 10, [](CRecordPlay& e) { e.record(); },
+        "Record\tCtrl+R", "Records from the sound card or the external unit into this document", 10,
+        [](CRecordPlay& e) { e.record(); },
         [](const CKestruneView& v) { return v.document() != nullptr && v.document()->recordable(); });
     add(
         "Play All\tCtrl+Y", "Plays the whole signal", 20, [](CRecordPlay& e) { e.playAll(); }, hasData);

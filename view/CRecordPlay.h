@@ -1,5 +1,7 @@
-// Recording and playback through the sound card from the waveform view:
-// Record, Play All, Play Selection and Play Window.
+// Recording and playback from the waveform view: Record, Play All, Play
+// Selection and Play Window, through the sound card or, with the input
+// source "External Hardware", the external unit (recordplay/UnitRecordPlay.h).
+// Each reads the open record and play options window first.
 //
 // Record asks whether to save a modified document, clears the labels and
 // starts timer 1; when it fires, a new CWaveIn records into a new sample
@@ -42,6 +44,8 @@ public:
     void stopRecording();
 
     bool recording() const { return m_recording; }
+    // Record has been chosen and timer 1 has not fired yet.
+    bool recordPending() const { return m_recordPending; }
     bool playing() const;
     const ViewWaveDisplay& display() const { return *m_display; }
 
@@ -60,6 +64,8 @@ private:
     void startRecording();  // timer 1
     bool saveBeforeRecording();
     void fillRecordedChannel(unsigned rateHz, std::size_t samples);
+    // The view after a recording replaced the channels: whole range, no cursor, readouts.
+    void showRecordedChannels();
     void play(int firstSample, int count);
     void stopPlayback();
 

@@ -58,9 +58,10 @@ TEST(AppConfigTest, RowValuesAreTakenOnlyInsideTheirRanges) {
         std::int32_t value;
         bool taken;
     };
-    const Case cases[] = {{cfg::kRowRates, 45000, true},  {cfg::kRowRates, 45001, false}, {cfg::kRowRates, 1000, true},
-                          {cfg::kRowRates, 999, false},   {cfg::kRowGains, 350, true},    {cfg::kRowGains, 351, false},
-                          {cfg::kRowGains, 0, false},     {cfg::kRowBandwidths, 8000, true},
+    const Case cases[] = {{cfg::kRowRates, 45000, true},      {cfg::kRowRates, 45001, false},
+                          {cfg::kRowRates, 1000, true},       {cfg::kRowRates, 999, false},
+                          {cfg::kRowGains, 350, true},        {cfg::kRowGains, 351, false},
+                          {cfg::kRowGains, 0, false},         {cfg::kRowBandwidths, 8000, true},
                           {cfg::kRowBandwidths, 8001, false}, {cfg::kRowBandwidths, 0, false}};
     for (const Case& k : cases) {
         AppConfig::Record r = baseRecord();
@@ -136,4 +137,25 @@ TEST(AppConfigTest, OpeningADocumentAtAnotherRateRewritesTheDerivedValues) {
     EXPECT_EQ(opened.m_analysis.fftLpc.lpcOrder, 48);
     EXPECT_EQ(opened.m_analysis.fftLpc.frequencyRangeHz, 22000);
     setAudioRateInForce(11000.0);
+}
+
+TEST(AppConfigTest, TheUnitsDriverSettingAndMultiplexTypeHaveTheirPlaces) {
+    AppConfig c;
+    EXPECT_EQ(c.m_multiplexType, 2);
+    c.m_driverSetting = 7;
+    c.m_multiplexType = 3;
+    c.m_rows[4].word = ChannelRow::kSelected | 0x100;
+    AppConfig::Record r = c.toRecord();
+    EXPECT_EQ(getI32(r.data() + cfg::kDriverSetting, false), 7);
+    EXPECT_EQ(getI32(r.data() + cfg::kMultiplexType, false), 3);
+    AppConfig back;
+    ASSERT_TRUE(back.fromRecord(r));
+    EXPECT_EQ(back.m_driverSetting, 7);
+    EXPECT_EQ(back.m_multiplexType, 3);
+    EXPECT_TRUE(back.m_rows[4].selected());
+    EXPECT_EQ(back.m_rows[4].word, ChannelRow::kSelected | 0x100);  // other bits kept as read
+    EXPECT_FALSE(back.m_rows[5].selected());
+    putI32(r.data() + cfg::kMultiplexType, 4);
+    ASSERT_TRUE(back.fromRecord(r));
+    EXPECT_EQ(back.m_multiplexType, 3);  // out of range: the value before stays
 }
