@@ -93,6 +93,7 @@ bool UndoTempFile::write(const CKestruneDoc& doc) {
 
 bool UndoTempFile::saveForUndo(const CKestruneDoc& doc) {
     m_available = false;
+    m_editNoted = false;
     if (write(doc)) {
         m_state.clear();
         for (int i = 0; i < doc.channelCount(); ++i) {
@@ -109,6 +110,13 @@ bool UndoTempFile::saveForUndo(const CKestruneDoc& doc) {
     }
     beep();
     return showMessage(IDS_UNDO_UNAVAILABLE_CONTINUE, MsgButtons::YesNo, MsgIcon::Question) == MsgAnswer::Yes;
+}
+
+void UndoTempFile::noteEditDone(const CKestruneDoc& doc, std::vector<EditSpan> spans) {
+    m_labelsAfterEdit.clear();
+    for (int i = 0; i < doc.channelCount(); ++i) m_labelsAfterEdit.push_back(doc.channel(i).m_labels);
+    m_spans = std::move(spans);
+    m_editNoted = true;
 }
 
 bool UndoTempFile::restore(CKestruneDoc& doc) {
@@ -130,6 +138,16 @@ bool UndoTempFile::restore(CKestruneDoc& doc) {
     if (status != ReadStatus::Accepted) return false;  // the reader has shown its message
 
     const int count = scratch.channelCount();
+    // The label work done since the edit, carried onto the labels read back.
+    if (m_editNoted && count == doc.channelCount() && m_labelsAfterEdit.size() == static_cast<std::size_t>(count)) {
+        for (int i = 0; i < count; ++i) {
+            CChannel& restored = scratch.channel(i);
+            const EditSpan span =
+                i < static_cast<int>(m_spans.size()) ? m_spans[static_cast<std::size_t>(i)] : EditSpan{};
+            restored.m_labels = carryLabelWork(restored.m_labels, m_labelsAfterEdit[static_cast<std::size_t>(i)],
+                                               doc.channel(i).m_labels, span, msPerSampleOf(restored));
+        }
+    }
     for (int i = 0; i < CKestruneDoc::kSlots; ++i) doc.channel(i) = std::move(scratch.channel(i));
     doc.setChannelCount(count);
 
@@ -178,7 +196,7 @@ bool UndoTempFile::restore(CKestruneDoc& doc) {
 
 // ---- Edit steps -----------------------------------------------------------
 
-void replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const CChannel* insert) {
+EditSpan replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const CChannel* insert) {
     SampleBlock& s = c.m_samples;
     const std::size_t old = s.size();
     first = std::min(first, old);
@@ -229,6 +247,7 @@ void replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const
     c.m_intensityValid = 0;
     c.m_intensityShown = 0;
     limitDisplayToChannel(c);
+    return EditSpan{first, removeCount, added};
 }
 
 void clearSelectionAndCursor(CKestruneDoc& doc) {
@@ -243,22 +262,26 @@ void clearSelectionAndCursor(CKestruneDoc& doc) {
 
 void copySelection(const CKestruneDoc& doc, EditClipboard& clipboard) { clipboard.copyFrom(doc); }
 
-void deleteCopiedRange(CKestruneDoc& doc, const EditClipboard& clipboard) {
+std::vector<EditSpan> deleteCopiedRange(CKestruneDoc& doc, const EditClipboard& clipboard) {
     refuseWholeChannelCut(doc, clipboard);
+    std::vector<EditSpan> spans(static_cast<std::size_t>(doc.channelCount()));
     for (int i = 0; i < doc.channelCount() && i < clipboard.channelCount(); ++i) {
         const ClipChannel& clip = clipboard.channel(i);
-        replaceRange(doc.channel(i), static_cast<std::size_t>(clip.record.m_selStartSample),
-                     static_cast<std::size_t>(clip.lengthSamples), nullptr);
+        spans[static_cast<std::size_t>(i)] =
+            replaceRange(doc.channel(i), static_cast<std::size_t>(clip.record.m_selStartSample),
+                         static_cast<std::size_t>(clip.lengthSamples), nullptr);
     }
     doc.setModified(true);
+    return spans;
 }
 
 void cutSelection(CKestruneDoc& doc, EditClipboard& clipboard, UndoTempFile& undo) {
     clipboard.copyFrom(doc);
     refuseWholeChannelCut(doc, clipboard);
     if (!undo.saveForUndo(doc)) throw UserException();
-    deleteCopiedRange(doc, clipboard);
+    std::vector<EditSpan> spans = deleteCopiedRange(doc, clipboard);
     clearSelectionAndCursor(doc);
+    undo.noteEditDone(doc, std::move(spans));
 }
 
 PasteOutcome pasteClipboard(CKestruneDoc& doc, const EditClipboard& clipboard, UndoTempFile& undo,
@@ -294,6 +317,7 @@ PasteOutcome pasteClipboard(CKestruneDoc& doc, const EditClipboard& clipboard, U
         const std::size_t need = c.m_samples.size() + clipboard.channel(i).record.m_samples.size();
         if (!c.m_samples.reserve(need)) abandonWith(IDS_NO_MEMORY);
     }
+    std::vector<EditSpan> spans(static_cast<std::size_t>(doc.channelCount()));
     for (int i = 0; i < doc.channelCount(); ++i) {
         CChannel& c = doc.channel(i);
         const std::size_t size = c.m_samples.size();
@@ -305,10 +329,11 @@ PasteOutcome pasteClipboard(CKestruneDoc& doc, const EditClipboard& clipboard, U
         } else {
             first = wholeSample(c.m_cursorSample, size);
         }
-        replaceRange(c, first, removeCount, &clipboard.channel(i).record);
+        spans[static_cast<std::size_t>(i)] = replaceRange(c, first, removeCount, &clipboard.channel(i).record);
     }
     clearSelectionAndCursor(doc);
     doc.setModified(true);
+    undo.noteEditDone(doc, std::move(spans));
     return PasteOutcome::Inserted;
 }
 
@@ -326,6 +351,7 @@ void clearToReference(CKestruneDoc& doc, UndoTempFile& undo) {
             std::fill(c.m_samples.data() + first, c.m_samples.data() + end, static_cast<std::int16_t>(level));
     }
     doc.setModified(true);
+    undo.noteEditDone(doc);
 }
 
 }  // namespace sonmetra

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "CChannel.h"
+#include "LabelsAcrossUndo.h"
 
 namespace sonmetra {
 
@@ -48,7 +49,13 @@ public:
     bool saveForUndo(const CKestruneDoc& doc);
     // Undo: replaces the document's channels by the temp file's. False (after
     // its message) when the file cannot be read; the document is then as it was.
+    // Labels entered, changed or deleted since the edit was noted
+    // (noteEditDone) stay so, moved with their samples (LabelsAcrossUndo.h).
     bool restore(CKestruneDoc& doc);
+    // After the edit that saved for undo: the labels it left and, per
+    // channel, where it moved samples (none: no sample moved). Without this
+    // note Undo restores the labels of the copy as they were.
+    void noteEditDone(const CKestruneDoc& doc, std::vector<EditSpan> spans = {});
 
 private:
     struct ChannelState {
@@ -61,6 +68,9 @@ private:
     bool m_available = false;
     bool m_selectionFlag = false;
     std::vector<ChannelState> m_state;  // one per stored (in-use) channel, in file order
+    bool m_editNoted = false;
+    std::vector<std::vector<CLabel>> m_labelsAfterEdit;  // by channel
+    std::vector<EditSpan> m_spans;                       // by channel; empty: no sample moved
 };
 
 // What a paste did, so that the view can lay out new strips.
@@ -76,8 +86,8 @@ void clearToReference(CKestruneDoc& doc, UndoTempFile& undo);
 
 // Delete-selection: removes the range the clipboard holds from every
 // channel. Refused (nothing cut, beep and message, UserException) when it
-// would leave any channel without samples.
-void deleteCopiedRange(CKestruneDoc& doc, const EditClipboard& clipboard);
+// would leave any channel without samples. Returns what it cut, by channel.
+std::vector<EditSpan> deleteCopiedRange(CKestruneDoc& doc, const EditClipboard& clipboard);
 
 // Collapses every channel's selection and cursor to 0 and clears the
 // document's selection flag.
@@ -87,6 +97,7 @@ void clearSelectionAndCursor(CKestruneDoc& doc);
 // insert (null: nothing inserted), keeping labels with their samples and
 // the duration equal to count × ms per sample. Throws after the memory
 // message when the block cannot grow; the channel is then unchanged.
-void replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const CChannel* insert);
+// Returns the span replaced, limited to the channel.
+EditSpan replaceRange(CChannel& c, std::size_t first, std::size_t removeCount, const CChannel* insert);
 
 }  // namespace sonmetra

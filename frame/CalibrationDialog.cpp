@@ -224,7 +224,8 @@ void CalibrationDialog::accept() {
         }
     }
     // A copy for Undo first; "No" to going on without one keeps the document as it is.
-    if (auto* edit = m_view->extension<EditController>(); edit && !edit->undo().saveForUndo(doc)) return;
+    auto* edit = m_view->extension<EditController>();
+    if (edit && !edit->undo().saveForUndo(doc)) return;
     for (std::size_t r = 0; r < m_channels.size(); ++r) {
         CChannel& ch = doc.channel(m_channels[r]);
         ch.m_name = values[r].name;
@@ -234,6 +235,7 @@ void CalibrationDialog::accept() {
         ch.m_c1 = values[r].c[2];
         ch.m_c0 = values[r].c[3];
     }
+    if (edit) edit->undo().noteEditDone(doc);
     doc.setModified(true);
     m_view->requestRedraw();
     m_view->update();

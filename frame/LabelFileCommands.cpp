@@ -65,10 +65,10 @@ void importLabels(QWidget* parent, CKestruneDoc& doc, CKestruneView* view) {
     style.setLineFlag(true);
     auto prepared = prepareLabelImport(doc, *file, dialog.assignments(), style, fileName.toStdString());
     if (!prepared) return;
-    if (view)
-        if (auto* edit = view->extension<EditController>())
-            if (!edit->undo().saveForUndo(doc)) return;
+    EditController* edit = view ? view->extension<EditController>() : nullptr;
+    if (edit && !edit->undo().saveForUndo(doc)) return;
     applyLabelImport(doc, std::move(*prepared));
+    if (edit) edit->undo().noteEditDone(doc);
     if (view) view->requestRedraw();
     labelsChanged(&doc);
 }

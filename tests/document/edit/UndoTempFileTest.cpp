@@ -154,5 +154,79 @@ TEST_F(UndoTempFileTest, UnreadableOrForeignTempFileLeavesDocumentAsItIs) {
     EXPECT_EQ(doc.channel(1).m_samples[0], 0);
 }
 
+// Labels entered, changed or deleted after an edit survive its Undo, each
+// at the time of the sample it was put on.
+TEST_F(UndoTempFileTest, UndoKeepsLabelWorkDoneAfterTheEditWithItsSamples) {
+    CKestruneDoc doc;
+    fillDocument(doc, 2, 40);
+    doc.channel(0).m_labels = {makeLabel(5, "kept"), makeLabel(15, "cut away"), makeLabel(30, "renamed later"),
+                               makeLabel(35, "deleted later")};
+    selectSamples(doc, 10, 20);
+    cutSelection(doc, m_clipboard, m_undo);
+    ASSERT_EQ(labelTimes(doc.channel(0)), (std::vector<double>{5, 20, 25}));
+
+    // After the cut: a label before the cut point, one after it, one on the
+    // first sample after the cut, a rename and a deletion.
+    auto& labels = doc.channel(0).m_labels;
+    labels[1].text = "renamed";
+    labels.erase(labels.begin() + 2);
+    labels.push_back(makeLabel(3, "new early"));
+    labels.push_back(makeLabel(10, "new at the cut"));
+    labels.push_back(makeLabel(22, "new late"));
+    doc.channel(1).m_labels = {makeLabel(0, "other channel")};
+
+    ASSERT_TRUE(m_undo.restore(doc));
+    std::vector<std::pair<double, std::string>> got;
+    for (const CLabel& l : doc.channel(0).m_labels) got.emplace_back(l.timeMs, l.text);
+    const std::vector<std::pair<double, std::string>> expected = {
+        {3, "new early"}, {5, "kept"}, {15, "cut away"}, {20, "new at the cut"}, {30, "renamed"}, {32, "new late"}};
+    EXPECT_EQ(got, expected);
+    EXPECT_EQ(labelTimes(doc.channel(1)), (std::vector<double>{0}));
+}
+
+TEST_F(UndoTempFileTest, LabelsOnPastedSamplesGoToThePastePointOnUndo) {
+    CKestruneDoc doc;
+    fillDocument(doc, 1, 40);
+    doc.channel(0).m_labels = {makeLabel(2, "clip label"), makeLabel(30, "late")};
+    selectSamples(doc, 0, 5);
+    m_clipboard.copyFrom(doc);
+    test::placeCursor(doc, 20);
+    doc.setSelectionFlag(false);
+    pasteClipboard(doc, m_clipboard, m_undo, false);
+    ASSERT_EQ(labelTimes(doc.channel(0)), (std::vector<double>{2, 22, 35}));
+
+    // One label on the pasted samples, one after them; the pasted label is
+    // deleted, which Undo takes away in any case.
+    auto& labels = doc.channel(0).m_labels;
+    labels.erase(labels.begin() + 1);
+    labels.push_back(makeLabel(23, "on pasted"));
+    labels.push_back(makeLabel(27, "after pasted"));
+
+    ASSERT_TRUE(m_undo.restore(doc));
+    std::vector<std::pair<double, std::string>> got;
+    for (const CLabel& l : doc.channel(0).m_labels) got.emplace_back(l.timeMs, l.text);
+    const std::vector<std::pair<double, std::string>> expected = {
+        {2, "clip label"}, {20, "on pasted"}, {22, "after pasted"}, {30, "late"}};
+    EXPECT_EQ(got, expected);
+}
+
+TEST_F(UndoTempFileTest, WithoutLaterLabelWorkUndoRestoresTheLabelsAsSaved) {
+    CKestruneDoc doc;
+    fillDocument(doc, 1, 20);
+    doc.channel(0).m_labels = {makeLabel(4, "a"), makeLabel(4, "a"), makeLabel(12, "b")};
+    selectSamples(doc, 2, 6);
+    clearToReference(doc, m_undo);
+    doc.channel(0).m_labels.push_back(makeLabel(4, "a"));  // a third equal label after the edit
+    ASSERT_TRUE(m_undo.restore(doc));
+    EXPECT_EQ(labelTimes(doc.channel(0)), (std::vector<double>{4, 4, 4, 12}));
+
+    // An edit whose caller did not note its result restores the saved labels.
+    UndoTempFile plain(m_undo.path());
+    ASSERT_TRUE(plain.saveForUndo(doc));
+    doc.channel(0).m_labels.clear();
+    ASSERT_TRUE(plain.restore(doc));
+    EXPECT_EQ(labelTimes(doc.channel(0)), (std::vector<double>{4, 4, 4, 12}));
+}
+
 }  // namespace
 }  // namespace sonmetra
