@@ -31,6 +31,19 @@ CFormLog::FileDialogHook& fileDialogHook() {
 int g_untitledNumber = 0;
 
 const QString kLogFilter = QStringLiteral("Log files (*.log);;All files (*)");
+
+// The name of value i (from 0) when its entry gives none.
+QString genericHeading(int i) { return QString("Value %1").arg(i + 1); }
+
+// Names of the values of an entry against those in force: an entry with
+// fewer values may stand under longer headings.
+bool sameNames(const QStringList& inForce, const QStringList& names) {
+    for (int i = 0; i < static_cast<int>(names.size()); ++i) {
+        const QString current = i < static_cast<int>(inForce.size()) ? inForce[i] : genericHeading(i);
+        if (current != names[i]) return false;
+    }
+    return true;
+}
 const QString kTextFilter = QStringLiteral("text files (*.txt)");
 
 }  // namespace
@@ -103,16 +116,48 @@ void CFormLog::setTitle(const QString& title) {
     emit titleChanged(title);
 }
 
+void CFormLog::appendHeadingRow(const QStringList& names) {
+    const int row = m_grid->rowCount();
+    m_grid->setRowCount(row + 1);
+    m_grid->setRowTitle(row, headingRowTitle());
+    m_grid->setText(row, 0, m_grid->columnTitle(0));
+    for (int i = 0; i < static_cast<int>(names.size()); ++i) m_grid->setText(row, 1 + i, names[i]);
+    markHeadingRow(row);
+}
+
+void CFormLog::markHeadingRow(int row) {
+    for (int c = 0; c < m_grid->columnCount(); ++c) {
+        if (QTableWidgetItem* item = m_grid->item(row, c)) {
+            QFont font = item->font();
+            font.setBold(true);
+            item->setFont(font);
+        }
+    }
+}
+
 void CFormLog::ensureValueColumns(int columns) {
     const int old = m_grid->columnCount();
     if (columns <= old) return;
     m_grid->setColumnCount(columns);
-    for (int c = old; c < columns; ++c) m_grid->setColumnTitle(c, QString("Value %1").arg(c));
+    for (int c = old; c < columns; ++c) m_grid->setColumnTitle(c, genericHeading(c - 1));
 }
 
-void CFormLog::addEntry(const QString& kind, const std::vector<double>& values) {
+void CFormLog::addEntry(const QString& kind, const std::vector<double>& values) { addEntry(kind, values, {}); }
+
+void CFormLog::addEntry(const QString& kind, const std::vector<double>& values, const QStringList& headings) {
+    const int count = static_cast<int>(values.size());
+    QStringList names = headings.mid(0, count);
+    for (int i = static_cast<int>(names.size()); i < count; ++i) names.push_back(genericHeading(i));
     m_filling = true;
-    ensureValueColumns(1 + static_cast<int>(values.size()));
+    ensureValueColumns(1 + count);
+    if (m_grid->rowCount() == 0) {
+        // The first entry names the table's columns.
+        for (int i = 0; i < count; ++i) m_grid->setColumnTitle(1 + i, names[i]);
+        m_headingsInForce = names;
+    } else if (!sameNames(m_headingsInForce, names)) {
+        appendHeadingRow(names);
+        m_headingsInForce = names;
+    }
     const int row = m_grid->rowCount();
     m_grid->setRowCount(row + 1);
     m_grid->setRowTitle(row, QString("Entry %1").arg(++m_entryCount));
@@ -174,6 +219,9 @@ bool CFormLog::loadFile(const QString& path) {
     const auto& head = text.lines.front();
     m_cornerTitle = cell(head, 0);
     for (int c = 0; c < columns; ++c) m_grid->setColumnTitle(c, cell(head, c + 1));
+    m_headingsInForce.clear();
+    for (int c = 1; c < columns; ++c) m_headingsInForce.push_back(cell(head, c + 1));
+    int headingRows = 0;
     for (int r = 0; r < rows; ++r) {
         const auto& line = text.lines[static_cast<std::size_t>(r + 1)];
         m_grid->setRowTitle(r, cell(line, 0));
@@ -188,12 +236,20 @@ bool CFormLog::loadFile(const QString& path) {
                 m_grid->setText(r, c, QString::fromStdString(s));
             }
         }
+        if (cell(line, 0) == headingRowTitle()) {
+            // The names in force for the entries below it.
+            ++headingRows;
+            markHeadingRow(r);
+            m_headingsInForce.clear();
+            for (int c = 1; c < columns; ++c) m_headingsInForce.push_back(cell(line, c + 1));
+            while (!m_headingsInForce.isEmpty() && m_headingsInForce.back().isEmpty()) m_headingsInForce.pop_back();
+        }
         if (r % 256 == 0) progress.setValue(50 + 50 * r / std::max(rows, 1));
     }
     m_filling = false;
     progress.setValue(100);
     m_grid->setColumnWidth(0, 240);
-    m_entryCount = rows;
+    m_entryCount = rows - headingRows;
     m_path = path;
     setTitle(QFileInfo(path).fileName());
     setModified(false);

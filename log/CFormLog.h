@@ -7,9 +7,17 @@
 // 0 holds the kind of entry ("Marker Entry: time", ...), the columns after it
 // the entry's values. In the file the first line carries the headings and
 // the first cell of every line the row title.
+//
+// Entries may name their values ("Audio time (ms)", "Airflow (ml/s)"). The
+// first entry's names become the column headings; an entry whose names
+// differ from those above it gets a heading row first, titled "Columns",
+// that holds its names, so that every entry stands under the names of its
+// own values in the window and in the file. Values without a name are
+// "Value 1", "Value 2", ...
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <functional>
 #include <vector>
@@ -43,6 +51,11 @@ public:
     // Appends one entry: its row title "Entry %d", the kind of entry in
     // column 0 and the values after it; the log becomes modified.
     void addEntry(const QString& kind, const std::vector<double>& values);
+    // The same with the names of the values (one per value; missing ones
+    // are "Value N"), shown as described above.
+    void addEntry(const QString& kind, const std::vector<double>& values, const QStringList& headings);
+    // The title of a heading row.
+    static QString headingRowTitle() { return QStringLiteral("Columns"); }
 
     // Loads a log file in place of the table, with a progress dialog; false
     // after the message when the file is refused.
@@ -70,6 +83,8 @@ private:
     void setModified(bool on);
     void setTitle(const QString& title);
     void ensureValueColumns(int columns);
+    void appendHeadingRow(const QStringList& names);
+    void markHeadingRow(int row);
 
     CDatatbl5* m_grid;
     QPushButton* m_saveButton;
@@ -81,4 +96,5 @@ private:
     bool m_modified = false;
     bool m_filling = false;
     int m_entryCount = 0;
+    QStringList m_headingsInForce;  // names of the value columns for the rows at the bottom
 };

@@ -148,6 +148,55 @@ private slots:
         QCOMPARE(CFormLog::activeLog(), first);
     }
 
+    // Named values head their columns; an entry of another layout gets a
+    // heading row, and the file read back keeps both.
+    void namedValuesHeadTheirColumns() {
+        CFormLog* log = newLog(m_area);
+        const QStringList marker = {"Audio time (ms)", "Audio (Pa)", "Airflow time (ms)", "Airflow (ml/s)"};
+        log->addEntry("Marker Entry: time", {100.0, 0.5, 99.5, 120.25}, marker);
+        log->addEntry("Marker Entry: time", {200.0, -0.25, 199.5, 80.0}, marker);
+        CDatatbl5* grid = log->grid();
+        QCOMPARE(grid->rowCount(), 2);
+        for (int i = 0; i < marker.size(); ++i) QCOMPARE(grid->columnTitle(1 + i), marker[i]);
+
+        const QStringList selection = {"Audio start (ms)", "Audio mean (Pa)"};
+        log->addEntry("Data Selection Entry: time", {50.0, 0.126}, selection);
+        log->addEntry("Data Selection Entry: time", {60.0, 0.25}, selection);
+        log->addEntry("Marker Entry: time", {300.0, 1.0, 299.5, 90.0}, marker);
+        log->addEntry("Legacy", {7.0});  // unnamed: "Value 1"
+        QCOMPARE(grid->rowCount(), 9);
+        const QStringList titles = {"Entry 1", "Entry 2", "Columns", "Entry 3", "Entry 4",
+                                    "Columns", "Entry 5", "Columns", "Entry 6"};
+        for (int r = 0; r < titles.size(); ++r) QCOMPARE(grid->rowTitle(r), titles[r]);
+        QCOMPARE(grid->text(2, 1), QString("Audio start (ms)"));
+        QCOMPARE(grid->text(2, 2), QString("Audio mean (Pa)"));
+        QCOMPARE(grid->text(5, 4), QString("Airflow (ml/s)"));
+        QCOMPARE(grid->text(7, 1), QString("Value 1"));
+        QCOMPARE(log->entryCount(), 6);
+
+        m_answerPath = m_dir.filePath("named.log");
+        QVERIFY(log->saveAs());
+        QFile file(m_answerPath);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().split('\n');
+        QVERIFY(lines[0].startsWith("Entry\tMeasurement\tAudio time (ms)\tAudio (Pa)\tAirflow time (ms)"));
+        QVERIFY(lines[3].startsWith("Columns\tMeasurement\tAudio start (ms)\tAudio mean (Pa)"));
+
+        CFormLog* back = openLogFile(m_area, m_answerPath);
+        QVERIFY(back);
+        QCOMPARE(back->grid()->rowCount(), 9);
+        QCOMPARE(back->entryCount(), 6);
+        double v = 0;
+        QVERIFY(back->grid()->number(3, 2, &v));
+        QCOMPARE(v, 0.13);
+        // Entries after reading go on under the names in force.
+        back->addEntry("Legacy", {8.0});
+        QCOMPARE(back->grid()->rowCount(), 10);
+        QCOMPARE(back->grid()->rowTitle(9), QString("Entry 7"));
+        back->addEntry("Data Selection Entry: time", {70.0, 0.5}, selection);
+        QCOMPARE(back->grid()->rowTitle(10), QString("Columns"));
+    }
+
     void refusedFileOpensNoWindow() {
         QFile f(m_dir.filePath("short.txt"));
         QVERIFY(f.open(QIODevice::WriteOnly));

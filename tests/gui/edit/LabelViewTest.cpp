@@ -7,10 +7,13 @@
 
 #include "GuiEditFixture.h"
 #include "log/CDatatbl5.h"
+#include "log/CFormLog.h"
 #include "view/CFormLabelView.h"
 #include "view/CFrameLabelView.h"
 #include "view/DocumentWindows.h"
 #include "view/LabelEntryDialog.h"
+#include "view/MeasurementEntries.h"
+#include "view/TimeBase.h"
 
 using namespace guitest;
 
@@ -200,6 +203,64 @@ private slots:
         list->close();
         QTRY_VERIFY(guard.isNull());
         QCOMPARE(qobject_cast<CFrameLabelView*>(attachedWindow(m_doc.get(), windowrole::kLabelList)), nullptr);
+    }
+
+    // Marker and data selection rows: the times, and per channel its
+    // calibrated value or mean, minimum and maximum, under headings with
+    // the channel's name and unit.
+    void measurementEntriesNameAndCalibrateTheirValues() {
+        sonmetra::CChannel& ramp = m_doc->channel(1);  // "ch2": value 0.5 i + 10 ml/s at sample i
+        for (std::size_t i = 0; i < ramp.m_samples.size(); ++i) ramp.m_samples[i] = static_cast<std::int16_t>(i);
+        ramp.m_units = "ml/s";
+        ramp.m_converterRange = ramp.m_converterFullScale = 32768.0;
+        ramp.m_gain = 1.0;
+        ramp.m_c1 = 0.5;
+        ramp.m_c0 = 10.0;
+        CFormLog log;
+        m_view->mouseDownAtMs(250.0);
+        m_view->mouseUpAtMs(250.0);
+        QVERIFY(enabled("Enter at Marker\tCtrl+T", *m_view));
+        run("Enter at Marker\tCtrl+T", *m_view);
+        CDatatbl5* grid = log.grid();
+        QCOMPARE(grid->text(0, 0), QString("Marker Entry: time"));
+        QCOMPARE(grid->columnTitle(1), QString("ch1 time (ms)"));
+        QCOMPARE(grid->columnTitle(3), QString("ch2 time (ms)"));
+        QCOMPARE(grid->columnTitle(4), QString("ch2 (ml/s)"));
+        QCOMPARE(grid->columnTitle(6), QString("ch3 (mv)"));
+        double v = 0;
+        QVERIFY(grid->number(0, 3, &v));
+        QCOMPARE(v, m_doc->channel(1).m_cursorMs);
+        QVERIFY(grid->number(0, 4, &v));
+        QCOMPARE(v, 0.5 * std::trunc(m_doc->channel(1).m_cursorSample) + 10.0);
+
+        timebase::selectRange(*m_doc, 100.0, 300.0);
+        m_view->setSelectionPresent(true);
+        run("Enter Data Selection", *m_view);
+        QCOMPARE(grid->rowTitle(1), QString("Columns"));
+        QCOMPARE(grid->text(1, 5), QString("ch2 start (ms)"));
+        QCOMPARE(grid->text(1, 6), QString("ch2 mean (ml/s)"));
+        QCOMPARE(grid->text(1, 7), QString("ch2 min (ml/s)"));
+        QCOMPARE(grid->text(1, 8), QString("ch2 max (ml/s)"));
+        QCOMPARE(grid->rowTitle(2), QString("Entry 2"));
+        QCOMPARE(grid->text(2, 0), QString("Data Selection Entry: time"));
+        const double expected[] = {100.0, 0.5 * 199.5 + 10.0, 60.0, 0.5 * 299 + 10.0};
+        for (int i = 0; i < 4; ++i) {
+            QVERIFY(grid->number(2, 5 + i, &v));
+            QCOMPARE(v, expected[i]);
+        }
+
+        // A selection long enough to be counted per raw value gives the same figures.
+        sonmetra::CChannel longRamp = ramp;
+        QVERIFY(longRamp.m_samples.resize(200000));
+        for (std::size_t i = 0; i < longRamp.m_samples.size(); ++i)
+            longRamp.m_samples[i] = static_cast<std::int16_t>(int(i % 20000) - 10000);
+        longRamp.m_selStartSample = 0.0;
+        longRamp.m_selEndSample = 200000.0;
+        const SelectionStatistics s = selectionStatistics(longRamp);
+        QCOMPARE(s.minimum, 0.5 * -10000 + 10.0);
+        QCOMPARE(s.maximum, 0.5 * 9999 + 10.0);
+        QCOMPARE(s.mean, 0.5 * -0.5 + 10.0);
+        log.markClosed();
     }
 
 private:
