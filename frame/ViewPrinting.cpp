@@ -21,6 +21,10 @@
 namespace {
 
 constexpr int kScreenDumpDelayMs = 250;  // long enough for the menu to be gone from the screen
+// Traces and grid lines on paper: thin, and still solid at 150 dpi.
+constexpr double kPrintLineWidthMm = 0.25;
+// Trace columns per layout pixel on paper: a min-max line every 1/384 inch.
+constexpr double kPrintColumnsPerPixel = 4.0;
 
 }  // namespace
 
@@ -43,20 +47,14 @@ bool saveViewBitmap(const CKestruneView& view, const QString& path) {
 
 void printView(const CKestruneView& view, QPrinter& printer) {
     const sonmetra::AppConfig& config = displayConfig();
-    const double res = printer.resolution();
-    // Laid out at screen size, drawn at the printer's resolution: the same
-    // strips and fonts as on screen, with crisp traces.
-    constexpr double kLayoutDpi = 96.0;
-    const QSize layout = printSizePx(config.m_print, kLayoutDpi);
-    QImage image = view.renderImage(layout, printOptions(view, config), res / kLayoutDpi);
-    image.setDevicePixelRatio(1.0);
-    QPainter painter(&printer);
-    QSizeF target(layout.width() * res / kLayoutDpi, layout.height() * res / kLayoutDpi);
-    const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
-    if (target.width() > page.width() || target.height() > page.height()) {
-        target.scale(page.size(), Qt::KeepAspectRatio);
-    }
-    painter.drawImage(QRectF(QPointF(0, 0), target), image);
+    RenderOptions options = printOptions(view, config);
+    options.lineWidthMm = kPrintLineWidthMm;
+    // Laid out like the screen at 1/96 inch a pixel, drawn as vectors: the
+    // same strips, grid, highlight and fonts as on screen, with lines that
+    // keep their width on paper.
+    printPicture(printer, config.m_print, [&view, &options](QPainter& painter, QSize size) {
+        view.paintPicture(painter, size, options, nullptr, kPrintColumnsPerPixel);
+    });
 }
 
 void saveViewAsBitmapCommand(CKestruneView& view) {

@@ -23,7 +23,8 @@ RenderOptions printOptions(const CKestruneView& view, const sonmetra::AppConfig&
 QImage viewBitmap(const CKestruneView& view, const sonmetra::AppConfig& config);
 // Writes it as a .bmp file; false (after a message) when it cannot be written.
 bool saveViewBitmap(const CKestruneView& view, const QString& path);
-// Draws the view on the printer's first page at the print size (shrunk to fit a smaller page).
+// Draws the view on the printer's first page at the print size (shrunk to
+// fit a smaller page), as vectors, with 0.25 mm traces and grid lines.
 void printView(const CKestruneView& view, QPrinter& printer);
 
 // The menu commands.

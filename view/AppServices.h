@@ -5,6 +5,7 @@
 
 #include <string>
 
+class QFont;
 class QMdiArea;
 class QWidget;
 
@@ -16,13 +17,14 @@ class EditClipboard;
 }  // namespace sonmetra
 
 struct AppServices {
-    QMdiArea* mdiArea = nullptr;             // where new child frames go
-    QWidget* mainWindow = nullptr;           // parent of dialogs
-    sonmetra::AppConfig* config = nullptr;   // settings and the configuration record
+    QMdiArea* mdiArea = nullptr;                   // where new child frames go
+    QWidget* mainWindow = nullptr;                 // parent of dialogs
+    sonmetra::AppConfig* config = nullptr;         // settings and the configuration record
     sonmetra::EditClipboard* clipboard = nullptr;  // the program-wide edit clipboard
-    std::string workingFolder;               // configuration, help, tmp live here
-    std::string tempFolder;                  // workingFolder + "/tmp/"
-    IViewReadouts* readouts = nullptr;       // the status window that the active view feeds
+    std::string workingFolder;                     // configuration, help, tmp live here
+    std::string tempFolder;                        // workingFolder + "/tmp/"
+    IViewReadouts* readouts = nullptr;             // the status window that the active view feeds
+    const QFont* defaultFont = nullptr;            // the shared start-up font (Arial 14, weight 400)
 
     static AppServices& instance();
 };

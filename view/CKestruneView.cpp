@@ -32,9 +32,16 @@ CKestruneView::CKestruneView(sonmetra::CKestruneDoc* doc, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(120, 80);
-    m_labelFont = QFont(QStringLiteral("Arial"));
-    m_labelFont.setStyleHint(QFont::SansSerif);
-    m_labelFont.setPixelSize(12);
+    // Channel names are written in the program's shared font; a view made
+    // without the application (tests, tools) builds the same font itself.
+    if (const QFont* shared = AppServices::instance().defaultFont) {
+        m_labelFont = *shared;
+    } else {
+        m_labelFont = QFont(QStringLiteral("Arial"));
+        m_labelFont.setStyleHint(QFont::SansSerif);
+        m_labelFont.setPixelSize(14);
+        m_labelFont.setWeight(QFont::Normal);
+    }
     connect(m_hScroll, &QScrollBar::actionTriggered, this, &CKestruneView::onHBarAction);
     connect(m_hScroll, &QScrollBar::sliderReleased, this,
             [this] { hScroll(timebase::ScrollRequest::ThumbPosition, m_hScroll->sliderPosition()); });
@@ -48,7 +55,12 @@ CKestruneView::CKestruneView(sonmetra::CKestruneDoc* doc, QWidget* parent)
         sonmetra::beep();
         sonmetra::showMessage(sonmetra::IDS_VIEW_INIT_FAILED);
     }
-    if (m_doc != nullptr && m_doc->holdsData()) scrollBarFromRange();
+    if (m_doc != nullptr && m_doc->holdsData()) {
+        scrollBarFromRange();
+    } else {
+        // Nothing to scroll: the bar stands idle, as with a whole signal in view.
+        updateScrollBars();
+    }
 }
 
 CKestruneView::~CKestruneView() {
@@ -205,7 +217,7 @@ void CKestruneView::render() {
 void CKestruneView::paintMarks(QPainter& p) const {
     if (m_doc->holdsData()) {
         const TraceGeometry g = geometry();
-        const int bottom = std::min(g.clientHeight, columnHeight(m_strips) + m_vOffset);
+        const int bottom = std::min(g.clientHeight, stripsBottom(m_strips) + m_vOffset);
         const int first = m_doc->firstPresentIndex();
         double x0 = 0, x1 = 0;
         if (m_selectionPresent && first >= 0) {
@@ -270,16 +282,27 @@ QImage CKestruneView::compositeImage() const {
 }
 
 QImage CKestruneView::renderImage(QSize sizePx, const RenderOptions& options, double dpr) const {
-    TraceGeometry g;
-    g.clientWidth = sizePx.width();
-    g.clientHeight = sizePx.height();
-    g.dpr = dpr;
     QImage image(
         QSize(static_cast<int>(std::ceil(sizePx.width() * dpr)), static_cast<int>(std::ceil(sizePx.height() * dpr))),
         QImage::Format_RGB32);
     image.fill(Qt::white);
-    if (!m_doc->holdsData()) return image;
-    // Strips fit the whole image: a printout shows every channel.
+    {
+        QPainter p(&image);
+        p.scale(dpr, dpr);
+        paintPicture(p, sizePx, options, &image, dpr);
+    }
+    image.setDevicePixelRatio(dpr);
+    return image;
+}
+
+void CKestruneView::paintPicture(QPainter& p, QSize sizePx, const RenderOptions& options, QImage* raster,
+                                 double dpr) const {
+    if (!m_doc->holdsData()) return;
+    TraceGeometry g;
+    g.clientWidth = sizePx.width();
+    g.clientHeight = sizePx.height();
+    g.dpr = dpr;
+    // Strips fit the whole picture: a printout shows every channel.
     int present = 0;
     for (int i = 0; i < m_doc->channelCount(); ++i) present += m_doc->channel(i).present() ? 1 : 0;
     std::vector<QRect> strips = layoutStrips(*m_doc, g.clientWidth, g.clientHeight);
@@ -292,26 +315,29 @@ QImage CKestruneView::renderImage(QSize sizePx, const RenderOptions& options, do
             top += pitch;
         }
     }
+    const int first = m_doc->firstPresentIndex();
+    const bool selection = m_selectionPresent && first >= 0;
+    const double x0 = selection ? ::msToX(*m_doc, g, m_doc->channel(first).m_selStartMs) : 0.0;
+    const double x1 = selection ? ::msToX(*m_doc, g, m_doc->channel(first).m_selEndMs) : 0.0;
+    const int bottom = stripsBottom(strips);
+    if (selection && raster == nullptr) {
+        // A page cannot AND colours: the tint goes under the traces instead,
+        // which keeps them as visible as on the screen.
+        paintSelectionAndCursor(p, g, true, x0, x1, -1.0, bottom, options.color, false);
+    }
     auto& summaries = const_cast<ChannelSummaries&>(m_summaries);  // a cache: rendering fills it
-    ChannelPaintHook hook = [this](QPainter& p, int index, const QRect& strip) {
+    ChannelPaintHook hook = [this](QPainter& painter, int index, const QRect& strip) {
         for (auto& e : m_extensions) {
-            p.save();
-            e->paintChannel(p, index, strip);
-            p.restore();
+            painter.save();
+            e->paintChannel(painter, index, strip);
+            painter.restore();
         }
     };
     m_renderGeometry = g;
-    renderTraceLayer(image, *m_doc, summaries, strips, g, options, m_labelFont, hook);
+    paintTraces(p, raster, *m_doc, summaries, strips, g, options, m_labelFont, hook);
     m_renderGeometry.reset();
-    const int first = m_doc->firstPresentIndex();
-    if (first >= 0) {
-        const auto& ch = m_doc->channel(first);
-        const double cursorX = m_cursorPlaced ? ::msToX(*m_doc, g, m_cursorMs) : -1.0;
-        renderSelectionAndCursor(image, g, m_selectionPresent, ::msToX(*m_doc, g, ch.m_selStartMs),
-                                 ::msToX(*m_doc, g, ch.m_selEndMs), cursorX, columnHeight(strips), options.color);
-    }
-    image.setDevicePixelRatio(dpr);
-    return image;
+    const double cursorX = m_cursorPlaced && first >= 0 ? ::msToX(*m_doc, g, m_cursorMs) : -1.0;
+    paintSelectionAndCursor(p, g, selection && raster != nullptr, x0, x1, cursorX, bottom, options.color);
 }
 
 void CKestruneView::showEvent(QShowEvent* e) {

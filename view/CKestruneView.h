@@ -12,7 +12,8 @@
 //
 // The view's source is split by responsibility: CKestruneView.cpp (set-up,
 // layers, painting), CKestruneViewMouse.cpp (mouse, cursor, selection),
-// CKestruneViewZoom.cpp (zoom, scrolling, commands on the display state).
+// CKestruneViewZoom.cpp (zoom, scrolling, commands on the display state),
+// CKestruneViewKeys.cpp (the keyboard).
 #pragma once
 
 #include <QImage>
@@ -104,9 +105,14 @@ public:
     // Trace layer, selection, cursor and overlays as the screen shows them
     // (device pixels, with their pixel ratio).
     QImage compositeImage() const;
-    // The whole column rendered at `sizePx` (logical pixels) for a bitmap or
-    // a printout: strips fit the height, selection and cursor included.
+    // The whole column rendered at `sizePx` (logical pixels) for a bitmap:
+    // strips fit the height, selection and cursor included.
     QImage renderImage(QSize sizePx, const RenderOptions& options, double dpr = 1.0) const;
+    // The same picture drawn with `p` over `sizePx` logical pixels: into
+    // `raster` (the image p paints on, `dpr` device pixels per logical one),
+    // or, without it, as vector lines for a printer, the trace drawn in
+    // `dpr` columns per logical pixel. One drawing for bitmaps and pages.
+    void paintPicture(QPainter& p, QSize sizePx, const RenderOptions& options, QImage* raster, double dpr) const;
     // Renders now if needed and returns the composite (tests, benchmarks).
     const QImage& renderNow();
 
@@ -129,6 +135,7 @@ protected:
     void mouseMoveEvent(QMouseEvent*) override;
     void mouseReleaseEvent(QMouseEvent*) override;
     void wheelEvent(QWheelEvent*) override;
+    void keyPressEvent(QKeyEvent*) override;
     void focusInEvent(QFocusEvent*) override;
     void showEvent(QShowEvent*) override;
 
@@ -151,6 +158,9 @@ private:
     void extendTo(QPoint p);
     void releaseAt(QPoint p);
     void onHBarAction(int action);
+    // Left/Right: the cursor one pixel column on, as a click there would place it.
+    void stepCursor(int direction);
+    void scrollToShow(double ms);
     void onVBarAction(int action);
 
     sonmetra::CKestruneDoc* m_doc;

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QFileDialog>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QTimer>
@@ -281,6 +282,34 @@ void CRecordPlay::paintOverlay(QPainter& painter) {
 bool CRecordPlay::mousePress(QMouseEvent* event) {
     if (!m_recording || event->button() != Qt::LeftButton) return false;
     stopRecording();
+    return true;
+}
+
+bool CRecordPlay::keyPress(QKeyEvent* event) {
+    if ((event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
+    if (event->key() == Qt::Key_Escape) {
+        if (m_recording) {
+            stopRecording();
+            return true;
+        }
+        if (!playing()) return false;
+        stopPlayback();
+        m_view.update();
+        return true;
+    }
+    if (event->key() != Qt::Key_Space || m_recording || m_recordPending) return false;
+    if (playing()) {
+        stopPlayback();
+        m_view.update();
+        return true;
+    }
+    const CKestruneDoc* doc = m_view.document();
+    if (doc == nullptr || !doc->holdsData()) return false;
+    if (m_view.selectionPresent()) {
+        playSelection();
+    } else {
+        playWindow();
+    }
     return true;
 }
 

@@ -58,6 +58,9 @@ public:
     // IViewExtension.
     void paintOverlay(QPainter& painter) override;
     bool mousePress(QMouseEvent* event) override;
+    // Space plays the selection, or the displayed stretch without one, and
+    // stops a playback that runs; Escape stops playback and ends a recording.
+    bool keyPress(QKeyEvent* event) override;
     void viewClosing() override;
 
 private:

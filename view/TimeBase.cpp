@@ -242,11 +242,50 @@ double gridStepMs(double fixedStepMs, double displayMs, double widthPx, double m
     if (fixedStepMs > 0.0) return fixedStepMs;
     if (!(displayMs > 0.0) || !(widthPx > 0.0)) return 0.0;
     const double minStep = displayMs * minSpacingPx / widthPx;
+    if (minStep > 5000.0 && minStep < 5.0 * 3600000.0) {
+        // Lines on whole minutes read well under minutes:seconds labels.
+        for (double s : {10.0, 15.0, 30.0, 60.0, 120.0, 300.0, 600.0, 900.0, 1800.0, 3600.0, 7200.0, 18000.0})
+            if (s * 1000.0 >= minStep) return s * 1000.0;
+    }
     const double decade = std::pow(10.0, std::floor(std::log10(minStep)));
     for (double m : {1.0, 2.0, 5.0, 10.0}) {
         if (m * decade >= minStep) return m * decade;
     }
     return 10.0 * decade;
+}
+
+namespace {
+
+// Decimals that show a step of `stepUnits` (in the unit shown) exactly, up to 3.
+int decimalsFor(double stepUnits) {
+    for (int d = 0; d < 3; ++d) {
+        const double scaled = stepUnits * std::pow(10.0, d);
+        if (std::abs(scaled - std::round(scaled)) < 1e-6 * std::max(1.0, scaled)) return d;
+    }
+    return 3;
+}
+
+}  // namespace
+
+QString gridLabel(double ms, double stepMs, double displayMs) {
+    constexpr double kSecondsFrom = 10000.0;
+    constexpr double kMinutesFrom = 600000.0;
+    if (std::abs(ms) < stepMs * 1e-6) ms = 0.0;  // no "-0" from rounding
+    if (displayMs < kSecondsFrom) return QString::number(ms, 'g', 10);
+    const int decimals = decimalsFor(stepMs / 1000.0);
+    if (displayMs < kMinutesFrom) return QString::number(ms / 1000.0, 'f', decimals) + " s";
+    // Rounded once to the decimals shown, so that 59.95 s never reads "0:60.0".
+    const double scale = std::pow(10.0, decimals);
+    const double total = std::round(std::abs(ms) / 1000.0 * scale) / scale;
+    const long long whole = static_cast<long long>(std::floor(total));
+    const long long hours = whole / 3600;
+    const long long minutes = (whole / 60) % 60;
+    const double seconds = total - static_cast<double>(hours * 3600 + (whole / 60 % 60) * 60);
+    QString secondsText = QString::number(seconds, 'f', decimals);
+    if (seconds < 10.0) secondsText.prepend('0');
+    const QString sign = ms < 0.0 ? "-" : "";
+    if (hours > 0) return sign + QString("%1:%2:%3").arg(hours).arg(minutes, 2, 10, QChar('0')).arg(secondsText);
+    return sign + QString("%1:%2").arg(minutes).arg(secondsText);
 }
 
 }  // namespace timebase

@@ -12,6 +12,7 @@
 // few thousand samples.
 #pragma once
 
+#include <QString>
 #include <functional>
 
 namespace sonmetra {
@@ -95,8 +96,16 @@ void setReferenceFor(sonmetra::CKestruneDoc& doc, int channel);
 // that carries a derived curve (the intensity contour), which depends on the reference.
 void setReferenceAllToZero(sonmetra::CKestruneDoc& doc, const std::function<void(int)>& recomputeDerived);
 
-// Step of the time grid: the document's fixed step, or with 0 a 1-2-5 step
-// that leaves at least `minSpacingPx` between lines across `widthPx`.
+// Step of the time grid: the document's fixed step, or with 0 the smallest
+// step that leaves at least `minSpacingPx` between lines across `widthPx`:
+// 1-2-5 steps of ms and seconds, and from 10 s on steps that fall on whole
+// minutes (10 s, 15 s, 30 s, 1, 2, 5, 10, 15, 30 min, 1, 2, 5 h ...).
 double gridStepMs(double fixedStepMs, double displayMs, double widthPx, double minSpacingPx = 80.0);
+
+// The text of a grid line at `ms` on a time axis showing `displayMs` with
+// lines `stepMs` apart: ms below 10 s shown ("2500"); seconds below 10 min
+// ("12.5 s"); minutes and seconds beyond ("9:10", "1:02:05" past an hour),
+// each with as many decimals as the step needs.
+QString gridLabel(double ms, double stepMs, double displayMs);
 
 }  // namespace timebase

@@ -10,6 +10,7 @@
 #include <vector>
 
 class QPainter;
+class QKeyEvent;
 class QMouseEvent;
 class CKestruneView;
 
@@ -26,6 +27,8 @@ public:
     virtual bool mousePress(QMouseEvent*) { return false; }
     // Left button release after the view has finished the cursor/selection step.
     virtual void mouseRelease(QMouseEvent*) {}
+    // A key the view does not use itself (Space, Escape); return true to take it.
+    virtual bool keyPress(QKeyEvent*) { return false; }
     // The view is about to be destroyed.
     virtual void viewClosing() {}
 };

@@ -35,19 +35,21 @@ void registerWaveformViewCommands() {
     const QString view = QStringLiteral("&View");
     const QString edit = QStringLiteral("&Edit");
 
-    // The six zoom commands run one routine with their mode number.
+    // The six zoom commands run one routine with their mode number. Home
+    // and UnZoom take keys that no other command and no key of the view
+    // (Home, End, Backspace alone) uses.
     registry.add(command(
         view, "In\tCtrl+B", 10, [](CKestruneView& v) { v.zoom(1); }, hasData));
     registry.add(command(
         view, "Out\tCtrl+E", 11, [](CKestruneView& v) { v.zoom(2); },
         [](const CKestruneView& v) { return hasData(v) && v.scrollable(); }));
     registry.add(command(
-        view, "Home", 12, [](CKestruneView& v) { v.zoom(5); }, hasData));
+        view, "Home\tCtrl+0", 12, [](CKestruneView& v) { v.zoom(5); }, hasData));
     registry.add(command(
         view, "Selection\tCtrl+Q", 13, [](CKestruneView& v) { v.zoom(3); },
         [](const CKestruneView& v) { return hasData(v) && v.selectionPresent(); }));
     registry.add(command(
-        view, "UnZoom", 14, [](CKestruneView& v) { v.zoom(0); }, hasData));
+        view, "UnZoom\tCtrl+Backspace", 14, [](CKestruneView& v) { v.zoom(0); }, hasData));
     registry.add(command(
         view, "From Cursor for Duration\tCtrl+W", 15, [](CKestruneView& v) { v.zoom(4); },
         [](const CKestruneView& v) { return hasData(v) && v.cursorPlaced(); }));

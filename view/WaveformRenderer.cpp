@@ -1,6 +1,7 @@
 #include "WaveformRenderer.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
@@ -58,6 +59,19 @@ QRect toDevice(const QRect& r, double dpr) {
     return QRect(l, t, rr - l, b - t);
 }
 
+// A pen for grid and trace lines: one device pixel wide on screens and
+// bitmaps; on a printer the physical width asked for, whatever the scale.
+QPen linePen(const QPainter& p, const QColor& color, const RenderOptions& options, Qt::PenStyle style = Qt::SolidLine) {
+    QPen pen(color, 0, style);
+    if (options.lineWidthMm > 0.0 && p.device() != nullptr) {
+        pen.setWidthF(options.lineWidthMm * p.device()->logicalDpiX() / 25.4);
+        pen.setCosmetic(true);
+        pen.setCapStyle(Qt::RoundCap);
+        pen.setJoinStyle(Qt::RoundJoin);
+    }
+    return pen;
+}
+
 // Fills, row by row, every pixel of a row that lies inside its column's
 // span. Writing the spans column by column touches one memory page per row
 // and is several times slower on a large image.
@@ -85,19 +99,23 @@ void fillSpans(QImage& img, int left, const std::vector<std::int32_t>& tops, con
     }
 }
 
-// One vertical min–max line per device column, each joined to its
-// neighbour so that steep stretches stay one line.
-void drawDenseTrace(QImage& img, const CChannel& ch, const sonmetra::MinMaxSummary* summary, const VerticalScale& vs,
-                    int left, int width, double start, double perColumn, QRgb color) {
+// The rows of one vertical min–max line per device column, each joined to
+// its neighbour so that steep stretches stay one line. Columns without
+// samples get top > bottom.
+struct TraceColumns {
+    std::vector<std::int32_t> tops, bottoms;
+    int firstRow = std::numeric_limits<int>::max();
+    int lastRow = -1;
+};
+
+void traceColumns(TraceColumns& out, const CChannel& ch, const sonmetra::MinMaxSummary* summary,
+                  const VerticalScale& vs, int width, double start, double perColumn) {
     const std::int16_t* samples = ch.m_samples.data();
     const std::size_t n = ch.m_samples.size();
-    left = std::max(left, 0);
-    width = std::min(width, img.width() - left);
-    if (width <= 0) return;
-    thread_local std::vector<std::int32_t> tops, bottoms;
-    tops.assign(static_cast<std::size_t>(width), std::numeric_limits<std::int32_t>::max());
-    bottoms.assign(static_cast<std::size_t>(width), -1);
-    int firstRow = std::numeric_limits<int>::max(), lastRow = -1;
+    out.tops.assign(static_cast<std::size_t>(width), std::numeric_limits<std::int32_t>::max());
+    out.bottoms.assign(static_cast<std::size_t>(width), -1);
+    out.firstRow = std::numeric_limits<int>::max();
+    out.lastRow = -1;
     // Past this many samples per column a block of the summary is under 1/64
     // of a column, far below what a pixel can show.
     constexpr std::size_t kBlock = sonmetra::MinMaxSummary::kBaseBlock;
@@ -135,19 +153,60 @@ void drawDenseTrace(QImage& img, const CChannel& ch, const sonmetra::MinMaxSumma
         const int bottom = vs.row(r.min);
         const int drawTop = havePrev ? std::min(top, prevBottom) : top;
         const int drawBottom = havePrev ? std::max(bottom, prevTop) : bottom;
-        tops[static_cast<std::size_t>(c)] = drawTop;
-        bottoms[static_cast<std::size_t>(c)] = drawBottom;
-        firstRow = std::min(firstRow, drawTop);
-        lastRow = std::max(lastRow, drawBottom);
+        out.tops[static_cast<std::size_t>(c)] = drawTop;
+        out.bottoms[static_cast<std::size_t>(c)] = drawBottom;
+        out.firstRow = std::min(out.firstRow, drawTop);
+        out.lastRow = std::max(out.lastRow, drawBottom);
         prevTop = top;
         prevBottom = bottom;
         havePrev = true;
     }
-    if (lastRow >= firstRow) fillSpans(img, left, tops, bottoms, firstRow, lastRow, color);
+}
+
+// Dense trace written straight into the image's pixels.
+void drawDenseTrace(QImage& img, const CChannel& ch, const sonmetra::MinMaxSummary* summary, const VerticalScale& vs,
+                    int left, int width, double start, double perColumn, QRgb color) {
+    left = std::max(left, 0);
+    width = std::min(width, img.width() - left);
+    if (width <= 0) return;
+    thread_local TraceColumns columns;
+    traceColumns(columns, ch, summary, vs, width, start, perColumn);
+    if (columns.lastRow >= columns.firstRow)
+        fillSpans(img, left, columns.tops, columns.bottoms, columns.firstRow, columns.lastRow, color);
+}
+
+// Dense trace as vector lines, for printers: one path that runs down and up
+// the columns in turn, so that the page holds one stroke per stretch of
+// signal rather than a line per column. `p` paints in device columns.
+void drawDenseTraceVector(QPainter& p, const CChannel& ch, const sonmetra::MinMaxSummary* summary,
+                          const VerticalScale& vs, int left, int width, double start, double perColumn,
+                          const QPen& pen) {
+    if (width <= 0) return;
+    TraceColumns columns;
+    traceColumns(columns, ch, summary, vs, width, start, perColumn);
+    QPainterPath path;
+    bool open = false;
+    for (int c = 0; c < width; ++c) {
+        const auto i = static_cast<std::size_t>(c);
+        if (columns.tops[i] > columns.bottoms[i]) {
+            open = false;
+            continue;
+        }
+        const double x = left + c + 0.5;
+        const double top = columns.tops[i] + 0.5;
+        const double bottom = columns.bottoms[i] + 0.5;
+        const bool down = (c % 2) == 0;
+        if (!open) path.moveTo(x, down ? top : bottom);
+        path.lineTo(x, down ? top : bottom);
+        path.lineTo(x, down ? bottom : top);
+        open = true;
+    }
+    p.strokePath(path, pen);
 }
 
 void drawSparseTrace(QPainter& p, const CChannel& ch, const VerticalScale& vs, int left, double start, double perColumn,
-                     double right, const QColor& color) {
+                     double right, const QPen& pen) {
+    const QColor color = pen.color();
     const std::size_t n = ch.m_samples.size();
     if (n == 0) return;
     const double pxPerSample = 1.0 / perColumn;
@@ -183,14 +242,14 @@ void drawSparseTrace(QPainter& p, const CChannel& ch, const VerticalScale& vs, i
         if (line.front().x() < left - 2) cut(line.front(), line[1], left - 2);
         if (line.back().x() > right + 2) cut(line.back(), line[line.size() - 2], right + 2);
     }
-    p.setPen(QPen(color, 0));
+    p.setPen(pen);
     p.drawPolyline(line);
 }
 
 // The derived curve (the intensity contour, one value per sample) scaled
 // from its minimum at the strip's bottom to its maximum at the top.
 void drawDerivedCurve(QPainter& p, const CChannel& ch, const QRect& stripDev, int left, int width, double start,
-                      double perColumn, const QColor& color) {
+                      double perColumn, const QPen& pen) {
     const std::size_t n = ch.m_intensity.size();
     const double span = ch.m_intensityMax - ch.m_intensityMin;
     if (n == 0 || !(span > 0.0)) return;
@@ -203,7 +262,7 @@ void drawDerivedCurve(QPainter& p, const CChannel& ch, const QRect& stripDev, in
         const double v = (ch.m_intensity[static_cast<std::size_t>(s)] - ch.m_intensityMin) / span;
         curve << QPointF(left + c + 0.5, stripDev.bottom() - std::clamp(v, 0.0, 1.0) * (stripDev.height() - 2));
     }
-    p.setPen(QPen(color, 0));
+    p.setPen(pen);
     p.drawPolyline(curve);
 }
 
@@ -235,6 +294,14 @@ int columnHeight(const std::vector<QRect>& strips) {
     return bottom;
 }
 
+int stripsBottom(const std::vector<QRect>& strips) {
+    int bottom = TraceGeometry::kRulerHeight;
+    for (const QRect& r : strips) {
+        if (!r.isEmpty()) bottom = std::max(bottom, r.top() + r.height());
+    }
+    return bottom;
+}
+
 double msToX(const CKestruneDoc& doc, const TraceGeometry& g, double ms) {
     const int first = doc.firstPresentIndex();
     if (first < 0) return g.traceLeft();
@@ -255,15 +322,24 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
                       const std::vector<QRect>& strips, const TraceGeometry& g, const RenderOptions& options,
                       const QFont& labelFont, const ChannelPaintHook& hook) {
     layer.fill(Qt::white);
+    QPainter p(&layer);
+    p.scale(g.dpr, g.dpr);
+    paintTraces(p, &layer, doc, summaries, strips, g, options, labelFont, hook);
+}
+
+void paintTraces(QPainter& p, QImage* raster, const CKestruneDoc& doc, ChannelSummaries& summaries,
+                 const std::vector<QRect>& strips, const TraceGeometry& g, const RenderOptions& options,
+                 const QFont& labelFont, const ChannelPaintHook& hook) {
     const double dpr = g.dpr;
     const int first = doc.firstPresentIndex();
     if (first < 0) return;
     const QColor gridColor = options.color ? kGridColor : QColor(Qt::black);
     const QColor curveColor = options.color ? kDerivedCurveColor : QColor(Qt::black);
-    const QPen gridPen(gridColor, 0, options.color ? Qt::SolidLine : Qt::DotLine);
+    const QPen gridPen = linePen(p, gridColor, options, options.color ? Qt::SolidLine : Qt::DotLine);
+    const QPen tracePen = linePen(p, Qt::black, options);
+    const QPen curvePen = linePen(p, curveColor, options);
+    const int deviceHeight = raster != nullptr ? raster->height() : static_cast<int>(std::ceil(g.clientHeight * dpr));
 
-    QPainter p(&layer);
-    p.scale(dpr, dpr);
     QFont rulerFont = labelFont;
     rulerFont.setPixelSize(std::max(8, labelFont.pixelSize() > 0 ? labelFont.pixelSize() - 1 : 10));
 
@@ -284,9 +360,8 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
             p.drawLine(QPointF(x, rulerTop + TraceGeometry::kRulerHeight - 5),
                        QPointF(x, rulerTop + TraceGeometry::kRulerHeight));
             p.setPen(options.color ? QColor(90, 90, 90) : QColor(Qt::black));
-            const double shown = std::abs(t) < step * 1e-6 ? 0.0 : t;
             p.drawText(QRectF(x - 60, rulerTop, 120, TraceGeometry::kRulerHeight - 5), Qt::AlignCenter,
-                       QString::number(shown, 'g', 10));
+                       timebase::gridLabel(t, step, lead.viewLengthMs()));
         }
     }
 
@@ -301,7 +376,7 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
         VerticalScale vs = scaleFor(ch, stripDev);
         // A strip partly scrolled out of the image is drawn only where the image is.
         vs.top = std::max(vs.top, 0);
-        vs.bottom = std::min(vs.bottom, layer.height() - 1);
+        vs.bottom = std::min(vs.bottom, deviceHeight - 1);
         if (vs.bottom < vs.top) continue;
 
         // Zero line of the strip (the reference level), part of the grid.
@@ -315,25 +390,27 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
         const int widthDev = static_cast<int>(std::lround(g.traceRight() * dpr)) - leftDev;
         const double perColumn = ch.viewLengthSamples() / std::max(1, widthDev);
         if (widthDev > 0 && perColumn > 0.0) {
+            // The painter in device pixels (identity on an image, the
+            // printer's scale on a page).
+            p.save();
+            p.scale(1.0 / dpr, 1.0 / dpr);
+            p.setClipRect(stripDev.adjusted(1, 1, -1, -1));
             if (perColumn > 1.0) {
                 const sonmetra::MinMaxSummary* summary =
                     perColumn >= kSummaryThresholdSamples ? &summaries.forChannel(i, ch) : nullptr;
-                drawDenseTrace(layer, ch, summary, vs, leftDev, widthDev, ch.m_viewStartSample, perColumn, traceColor);
+                if (raster != nullptr) {
+                    drawDenseTrace(*raster, ch, summary, vs, leftDev, widthDev, ch.m_viewStartSample, perColumn,
+                                   traceColor);
+                } else {
+                    drawDenseTraceVector(p, ch, summary, vs, leftDev, widthDev, ch.m_viewStartSample, perColumn,
+                                         tracePen);
+                }
             } else {
-                p.save();
-                p.resetTransform();
-                p.setClipRect(stripDev.adjusted(1, 1, -1, -1));
-                drawSparseTrace(p, ch, vs, leftDev, ch.m_viewStartSample, perColumn, leftDev + widthDev,
-                                QColor(traceColor));
-                p.restore();
+                drawSparseTrace(p, ch, vs, leftDev, ch.m_viewStartSample, perColumn, leftDev + widthDev, tracePen);
             }
-            if (ch.m_intensityShown != 0 && ch.m_intensityValid != 0) {
-                p.save();
-                p.resetTransform();
-                p.setClipRect(stripDev.adjusted(1, 1, -1, -1));
-                drawDerivedCurve(p, ch, stripDev, leftDev, widthDev, ch.m_viewStartSample, perColumn, curveColor);
-                p.restore();
-            }
+            if (ch.m_intensityShown != 0 && ch.m_intensityValid != 0)
+                drawDerivedCurve(p, ch, stripDev, leftDev, widthDev, ch.m_viewStartSample, perColumn, curvePen);
+            p.restore();
         }
 
         p.setPen(Qt::black);
@@ -346,21 +423,14 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
     }
 }
 
-void renderSelectionAndCursor(QImage& composite, const TraceGeometry& g, bool selection, double x0, double x1,
-                              double cursorX, int bottom, bool color) {
-    QPainter p(&composite);
-    p.scale(g.dpr, g.dpr);
-    paintSelectionAndCursor(p, g, selection, x0, x1, cursorX, bottom, color);
-}
-
 void paintSelectionAndCursor(QPainter& p, const TraceGeometry& g, bool selection, double x0, double x1, double cursorX,
-                             int bottom, bool color) {
+                             int bottom, bool color, bool andTint) {
     if (selection) {
         const double l = std::max<double>(std::min(x0, x1), 0.0);
         const double r = std::min<double>(std::max(x0, x1), g.clientWidth);
         if (r > l) {
             // AND keeps black traces black and tints the white background.
-            p.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
+            if (andTint) p.setCompositionMode(QPainter::RasterOp_SourceAndDestination);
             p.fillRect(QRectF(l, 0.0, std::max(r - l, 1.0 / g.dpr), bottom),
                        color ? kHighlightColor : QColor(200, 200, 200));
             p.setCompositionMode(QPainter::CompositionMode_SourceOver);

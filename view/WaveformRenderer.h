@@ -46,15 +46,19 @@ struct TraceGeometry {
 std::vector<QRect> layoutStrips(const sonmetra::CKestruneDoc& doc, int clientWidth, int clientHeight);
 // Bottom of the column (unscrolled) for those strips.
 int columnHeight(const std::vector<QRect>& strips);
+// Bottom edge of the lowest strip's frame (unscrolled): where the selection
+// highlight and the cursor end.
+int stripsBottom(const std::vector<QRect>& strips);
 
 // Mapping between time and x through the first present channel's display range.
 double msToX(const sonmetra::CKestruneDoc& doc, const TraceGeometry& g, double ms);
 double xToMs(const sonmetra::CKestruneDoc& doc, const TraceGeometry& g, double x);
 
 struct RenderOptions {
-    bool color = true;      // false: black and white (grid dotted, curves black)
-    bool grid = true;       // draw the time grid
-    double gridStepMs = 0;  // 0: automatic
+    bool color = true;       // false: black and white (grid dotted, curves black)
+    bool grid = true;        // draw the time grid
+    double gridStepMs = 0;   // 0: automatic
+    double lineWidthMm = 0;  // grid and trace lines on a printer; 0: one device pixel
 };
 
 // Called after each channel's trace, with a painter in logical coordinates.
@@ -70,11 +74,17 @@ inline const QColor kCursorColor(220, 0, 0);
 void renderTraceLayer(QImage& layer, const sonmetra::CKestruneDoc& doc, ChannelSummaries& summaries,
                       const std::vector<QRect>& strips, const TraceGeometry& g, const RenderOptions& options,
                       const QFont& labelFont, const ChannelPaintHook& hook = {});
+// The same over what `p` (in logical pixels, g.dpr device columns each)
+// already holds. With `raster`, the image that p paints on, dense traces are
+// written into its pixels; without one (a printer) every line is a vector
+// path, g.dpr then setting how finely the trace's columns are drawn.
+void paintTraces(QPainter& p, QImage* raster, const sonmetra::CKestruneDoc& doc, ChannelSummaries& summaries,
+                 const std::vector<QRect>& strips, const TraceGeometry& g, const RenderOptions& options,
+                 const QFont& labelFont, const ChannelPaintHook& hook = {});
 
 // ANDs the highlight over [x0, x1] down to `bottom`, then draws the cursor at
-// cursorX (when >= 0); logical coordinates.
-void renderSelectionAndCursor(QImage& composite, const TraceGeometry& g, bool selection, double x0, double x1,
-                              double cursorX, int bottom, bool color);
-// The same with a painter in logical coordinates (the screen).
+// cursorX (when >= 0), with a painter in logical coordinates. Without
+// `andTint` the highlight is a plain fill, for devices that cannot AND
+// (printers), painted before the traces.
 void paintSelectionAndCursor(QPainter& p, const TraceGeometry& g, bool selection, double x0, double x1, double cursorX,
-                             int bottom, bool color);
+                             int bottom, bool color, bool andTint = true);

@@ -252,6 +252,49 @@ TEST_F(RecordPlayGui, ShortSignalsAndSelectionsGoOutAsAsked) {
     EXPECT_EQ(played.back(), ch.m_samples[2999]);
 }
 
+TEST_F(RecordPlayGui, SpacePlaysTheViewOrTheSelectionAndStopsEscapeStops) {
+    fillTone(m_doc, 8000, 2.0);
+    m_view->channelsEdited();
+    m_view->zoom(1);  // 500 to 1500 ms shown
+    m_view->setFocus();
+    QTest::keyClick(m_view.get(), Qt::Key_Space);
+    ASSERT_TRUE(m_feature->playing());
+    ASSERT_TRUE(m_sim->completeOutputBuffer());
+    ASSERT_FALSE(m_sim->played().empty());
+    EXPECT_EQ(m_sim->played().front(), m_doc.channel(0).m_samples[4000]) << "the shown stretch, from its start";
+    QTest::keyClick(m_view.get(), Qt::Key_Space);
+    EXPECT_FALSE(m_feature->playing());
+    EXPECT_FALSE(m_sim->outputOpen());
+
+    // With a selection Space plays it; Escape stops.
+    m_view->mouseDownAtMs(600.0);
+    m_view->mouseMoveAtMs(700.0);
+    m_view->mouseUpAtMs(700.0);
+    ASSERT_TRUE(m_view->selectionPresent());
+    const std::size_t before = m_sim->played().size();
+    QTest::keyClick(m_view.get(), Qt::Key_Space);
+    ASSERT_TRUE(m_feature->playing());
+    ASSERT_TRUE(m_sim->completeOutputBuffer());
+    const auto played = m_sim->played();
+    ASSERT_GT(played.size(), before);
+    const auto first = static_cast<std::size_t>(m_doc.channel(0).m_selStartSample);
+    EXPECT_EQ(played[before], m_doc.channel(0).m_samples[first]);
+    QTest::keyClick(m_view.get(), Qt::Key_Escape);
+    EXPECT_FALSE(m_feature->playing());
+    EXPECT_TRUE(m_view->selectionPresent()) << "the keys leave the selection alone";
+    EXPECT_TRUE(m_messages.texts().empty());
+}
+
+TEST_F(RecordPlayGui, EscapeEndsARecordingAsTheMouseDoes) {
+    startRecording();
+    ASSERT_TRUE(m_sim->completeInputBuffer());
+    m_view->setFocus();
+    QTest::keyClick(m_view.get(), Qt::Key_Escape);
+    EXPECT_FALSE(m_feature->recording());
+    EXPECT_FALSE(m_sim->inputOpen());
+    EXPECT_EQ(m_doc.channelCount(), 1);
+}
+
 TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     std::map<QString, const ViewCommand*> byText;
     for (const ViewCommand& c : ViewCommandRegistry::instance().commands())

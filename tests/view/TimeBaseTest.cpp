@@ -217,6 +217,5 @@ TEST(GridTest, FixedStepIsKeptAndAutomaticStepsAreOneTwoFive) {
     // 1000 ms over 800 px with 80 px spacing needs at least 100 ms.
     EXPECT_DOUBLE_EQ(timebase::gridStepMs(0.0, 1000.0, 800.0), 100.0);
     EXPECT_DOUBLE_EQ(timebase::gridStepMs(0.0, 1100.0, 800.0), 200.0);
-    EXPECT_DOUBLE_EQ(timebase::gridStepMs(0.0, 3.6e6, 1900.0), 200000.0);
     EXPECT_DOUBLE_EQ(timebase::gridStepMs(0.0, 0.0, 800.0), 0.0);
 }
