@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
-#include <QFont>
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSettings>
@@ -28,12 +28,9 @@ CKestruneApp::~CKestruneApp() {
 }
 
 bool CKestruneApp::initInstance() {
-    // The shared default font: Arial 14 px, normal weight (a sans-serif
-    // font stands in where Arial is missing).
-    QFont font("Arial");
-    font.setStyleHint(QFont::SansSerif);
-    font.setPixelSize(14);
-    font.setWeight(QFont::Normal);
+    // The shared default font, which the views draw their channel names
+    // in; without it they keep the toolkit's font.
+    m_defaultFont = Startup::createDefaultFont(QFontDatabase::families());
 
     QCommandLineParser parser;
     parser.setApplicationDescription("Sonmetra speech and slow-signal workstation");
@@ -71,6 +68,7 @@ bool CKestruneApp::initInstance() {
     services.clipboard = &m_clipboard;
     services.workingFolder = m_workingFolder.toStdString();
     services.tempFolder = m_tempFolder.toStdString();
+    services.defaultFont = m_defaultFont ? &*m_defaultFont : nullptr;
 
     registerFeatures();
     m_frame = std::make_unique<CMainFrame>();

@@ -3,9 +3,11 @@
 // start-up in its fixed order.
 #pragma once
 
+#include <QFont>
 #include <QString>
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 #include "QtMessageService.h"
 #include "document/AppConfig.h"
@@ -43,4 +45,5 @@ private:
     QString m_workingFolder;
     QString m_tempFolder;
     QStringList m_filesToOpen;
+    std::optional<QFont> m_defaultFont;  // the shared start-up font
 };

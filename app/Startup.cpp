@@ -2,7 +2,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFontInfo>
 #include <QSettings>
+
+#include "document/MessageService.h"
+#include "res/StringTable.h"
 
 namespace Startup {
 
@@ -29,6 +33,18 @@ QString probeWritable(const QString& folder) {
 QString createTempFolder(const QString& folder) {
     const QString temp = folder + "/tmp/";
     return QDir().mkpath(temp) ? temp : QString();
+}
+
+std::optional<QFont> createDefaultFont(const QStringList& installedFamilies) {
+    QFont font(QStringLiteral("Arial"));
+    font.setStyleHint(QFont::SansSerif);
+    font.setPixelSize(14);
+    font.setWeight(QFont::Normal);
+    if (installedFamilies.isEmpty() || QFontInfo(font).family().isEmpty()) {
+        sonmetra::showMessage(sonmetra::IDS_FONT_ERROR, sonmetra::MsgButtons::Ok, sonmetra::MsgIcon::Error);
+        return std::nullopt;
+    }
+    return font;
 }
 
 }  // namespace Startup

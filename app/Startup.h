@@ -2,7 +2,9 @@
 // application object so that each can be tested alone.
 #pragma once
 
+#include <QFont>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 class QSettings;
@@ -22,5 +24,11 @@ QString probeWritable(const QString& folder);
 // The temporary folder: folder + "/tmp/", created when missing. Empty when
 // it cannot be created.
 QString createTempFolder(const QString& folder);
+
+// The shared default font: "Arial", 14 pixels, weight 400 (a sans-serif
+// family stands in where Arial is missing), made from the font families
+// the system has. With none at all no text could be drawn: the font cannot
+// be made, "Error in creating fonts" is shown and nullopt returned.
+std::optional<QFont> createDefaultFont(const QStringList& installedFamilies);
 
 }  // namespace Startup

@@ -19,9 +19,11 @@
 #include "CommandMenus.h"
 #include "DocumentCommands.h"
 #include "ExportChannel.h"
+#include "HelpPages.h"
 #include "ImportDialogs.h"
 #include "LabelFileCommands.h"
 #include "RecordPlayWindowCommand.h"
+#include "WorkspaceShortcuts.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
@@ -47,6 +49,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     m_mdi->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_mdi->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     m_urlOpener = [](const QUrl& url) { return QDesktopServices::openUrl(url); };
+    m_programFolder = QCoreApplication::applicationDirPath();
 
     AppServices::instance().mdiArea = m_mdi;
     AppServices::instance().mainWindow = this;
@@ -57,6 +60,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     buildHelpMenu();
     m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
+    keepWindowShortcutsOffMenus(m_mdi, menuBar());
     addRecordPlayWindowCommand(this, m_mdi);
     armShortcuts();
 
@@ -66,6 +70,12 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     connect(titles, &QTimer::timeout, this, [this] {
         for (QMdiSubWindow* w : m_mdi->subWindowList())
             if (auto* frame = qobject_cast<CChildFrame*>(w)) frame->updateTitle();
+        // The workspace passes a maximised window's mark on to this title
+        // on some events only (not while the window is inactive behind a
+        // dialog, say): the title follows the window in front here.
+        const QMdiSubWindow* active = m_mdi->activeSubWindow();
+        const bool mark = active != nullptr && active->isMaximized() && active->isWindowModified();
+        if (isWindowModified() != mark) setWindowModified(mark);
     });
     titles->start(250);
 }
@@ -300,7 +310,7 @@ static std::optional<std::string> askConfigurationFile(QWidget* parent, bool sav
     request.defaultName = "User_Configuration";
     request.defaultSuffix = "cfg";
     request.filters = {"Configuration files (*.cfg)"};
-    const auto answer = fileDialogs().ask(parent, request);
+    const auto answer = save ? askSaveFile(parent, request) : fileDialogs().ask(parent, request);
     if (!answer) return std::nullopt;
     return answer->path.toStdString();
 }
@@ -326,11 +336,13 @@ void CMainFrame::saveConfiguration() {
 }
 
 void CMainFrame::showHelp() {
-    const QString base = QString::fromStdString(AppServices::instance().workingFolder) + "/Manual/HelpIndex.";
-    for (const char* ext : {"html", "htm"}) {
-        const QString page = base + ext;
-        // A page that is not there counts as a failure of the desktop to open it.
-        if (QFileInfo::exists(page) && m_urlOpener(QUrl::fromLocalFile(page))) return;
+    const QString working = QString::fromStdString(AppServices::instance().workingFolder);
+    for (const QString& folder : manualFolders(working, m_programFolder)) {
+        for (const char* ext : {"html", "htm"}) {
+            const QString page = folder + "/HelpIndex." + ext;
+            // A page that is not there counts as a failure of the desktop to open it.
+            if (QFileInfo::exists(page) && m_urlOpener(QUrl::fromLocalFile(page))) return;
+        }
     }
     sonmetra::showMessage(sonmetra::IDS_NO_HELP_FILE, sonmetra::MsgButtons::Ok, sonmetra::MsgIcon::Information);
 }

@@ -35,10 +35,13 @@ public:
     CChildFrame* openDocumentFile(const QString& path);
     QStringList recentFiles() const;
 
-    // Help: the user manual's first page, or the message that it is missing.
-    // Tests replace the opener of the desktop ("false" = it could not open).
+    // Help: the user manual's first page (HelpPages.h says where it is
+    // looked for), or the message that it is missing. Tests replace the
+    // opener of the desktop ("false" = it could not open) and the folder
+    // the program runs from.
     void showHelp();
     void setUrlOpener(std::function<bool(const QUrl&)> opener) { m_urlOpener = std::move(opener); }
+    void setProgramFolder(const QString& folder) { m_programFolder = folder; }
 
     // Re-applies every menu entry's enabling rule (done before a menu opens).
     void updateCommandStates();
@@ -73,4 +76,5 @@ private:
     std::vector<std::function<void()>> m_stateUpdaters;  // one per action with a rule
     QList<QAction*> m_ruledActions;
     std::function<bool(const QUrl&)> m_urlOpener;
+    QString m_programFolder;  // where the running program lies
 };

@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <QCursor>
 
-#include "view/FileDialogs.h"
 #include "document/CKestruneDoc.h"
+#include "view/FileDialogs.h"
 
 namespace DocumentCommands {
 namespace {
@@ -21,7 +21,7 @@ std::optional<FileDialogAnswer> askSave(QWidget* parent, const QString& title, c
     request.defaultSuffix = "kvd";
     request.filters = filters;
     request.filterIndex = filterIndex;
-    return fileDialogs().ask(parent, request);
+    return askSaveFile(parent, request);
 }
 
 // Shows the wait cursor while a file is written.

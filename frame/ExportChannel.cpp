@@ -6,8 +6,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "view/FileDialogs.h"
 #include "document/readers/ChannelExport.h"
+#include "view/FileDialogs.h"
 
 CDataChannelSelectDialog::CDataChannelSelectDialog(const sonmetra::CKestruneDoc& doc, QWidget* parent)
     : QDialog(parent), m_list(new QListWidget(this)) {
@@ -44,7 +44,7 @@ void exportChannelAs(QWidget* parent, sonmetra::CKestruneDoc& doc) {
     request.defaultName = "Channel of " + QString::fromStdString(doc.title());
     request.defaultSuffix = "wav";
     request.filters = {"Wave files (*.wav)"};
-    const auto answer = fileDialogs().ask(parent, request);
+    const auto answer = askSaveFile(parent, request);
     if (!answer) return;
 
     // The whole channel, even while a selection exists; a failure is shown there.

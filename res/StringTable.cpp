@@ -96,6 +96,7 @@ constexpr Entry kStrings[] = {
      "Wrong input source.\nPlease refer to the Record/Play window to select a proper\ninput source."},
     {IDS_SAMPLE_ROUTINE_FAILED, "Sample routine failed."},
     {IDS_USB_PLAY_RATE, "The sample rate of %s Hz cannot be played through the unit."},
+    {IDS_REPLACE_FILE_Q, "'%s' already exists.\nDo you want to replace it?"},
 };
 
 }  // namespace

@@ -89,6 +89,9 @@ enum StringId : int {
     IDS_WRONG_INPUT_SOURCE,
     IDS_SAMPLE_ROUTINE_FAILED,
     IDS_USB_PLAY_RATE,  // "%s": the rate in Hz
+
+    // Save dialogs.
+    IDS_REPLACE_FILE_Q = 62100,  // "%s": the path that the chosen file type gave the name
 };
 
 // The text of a string number; an unknown number gives an empty text.

@@ -31,3 +31,17 @@ public:
 // The dialogs in force (QFileDialog unless a test installed its own).
 IFileDialogs& fileDialogs();
 IFileDialogs* setFileDialogs(IFileDialogs* dialogs);
+
+// The suffix a filter stands for: "wav" for "Wave files (*.wav)", empty for
+// a filter that matches any name ("(*)").
+QString filterSuffix(const QString& filter);
+// `path` made to end in the suffix of filter `filterIndex` (1-based): the
+// suffix is added to a name without one, and replaces a suffix of another
+// file type ("take1.kvd" under "Wave files" becomes "take1.wav"). A suffix
+// that names no file type ("take.1") stays, with the filter's added after it.
+QString pathForFilter(const QString& path, const QStringList& filters, int filterIndex);
+// A save dialog whose answer always carries the chosen filter's suffix, so
+// that the contents written and the name never disagree. When that changes
+// the name the user confirmed and a file of the new name exists, the user
+// is asked before it is replaced; "No" counts as Cancel.
+std::optional<FileDialogAnswer> askSaveFile(QWidget* parent, const FileDialogRequest& request);
