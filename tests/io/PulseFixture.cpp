@@ -72,7 +72,8 @@ bool PulseAudioDaemon::start(std::string& whyNot) {
     unsetenv("PULSE_SERVER");
 
     const std::string logPath = m_directory + "/pulseaudio.log";
-    const std::string sink = std::string("--load=module-null-sink sink_name=") + kSinkName + " rate=44100 channels=1";
+    const std::string sink =
+        std::string("--load=module-null-sink sink_name=") + kSinkName + " rate=44100 channels=1 norewinds=1";
     const std::string protocol = "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socketPath;
     std::vector<std::string> args = {
         "pulseaudio",        "--daemonize=no", "--exit-idle-time=-1", "-n", "--disable-shm=yes",
