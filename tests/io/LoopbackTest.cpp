@@ -36,8 +36,6 @@ SampleBlock tone(double frequencyHz, double seconds) {
 class Loopback : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        s_daemon = new test::PulseAudioDaemon;
-        if (!s_daemon->start(s_whyNot)) return;
         s_driver = PortAudioWaveDriver::create();
         warmUp();
     }
@@ -61,13 +59,8 @@ protected:
         device->reset();
         device->close();
     }
-    static void TearDownTestSuite() {
-        s_driver.reset();
-        delete s_daemon;
-        s_daemon = nullptr;
-    }
+    static void TearDownTestSuite() { s_driver.reset(); }
     void SetUp() override {
-        if (!s_whyNot.empty()) GTEST_SKIP() << "PulseAudio cannot start here: " << s_whyNot;
         ASSERT_TRUE(s_driver->initialised());
         ASSERT_EQ(s_driver->inputDeviceCount(), 1u) << "no default input through the pulse plugin";
         ASSERT_EQ(s_driver->outputDeviceCount(), 1u) << "no default output through the pulse plugin";
@@ -97,9 +90,7 @@ protected:
         in.Close();
     }
 
-    static inline test::PulseAudioDaemon* s_daemon = nullptr;
     static inline std::shared_ptr<PortAudioWaveDriver> s_driver;
-    static inline std::string s_whyNot;
     RecordingMessageService m_messages;
     ScopedMessageService m_scope{&m_messages};
 };
@@ -199,3 +190,11 @@ TEST_F(Loopback, ShortToneGoesOutAsOneBuffer) {
 
 }  // namespace
 }  // namespace sonmetra
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    // The daemon first: PortAudio reads the environment when it starts.
+    sonmetra::test::PulseAudioDaemon daemon;
+    if (!daemon.startOrExplain()) return sonmetra::test::kNoPulseAudioExitCode;
+    return RUN_ALL_TESTS();
+}

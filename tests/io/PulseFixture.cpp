@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -113,6 +114,13 @@ bool PulseAudioDaemon::start(std::string& whyNot) {
     setenv("PULSE_SINK", kSinkName, 1);
     setenv("PULSE_SOURCE", (std::string(kSinkName) + ".monitor").c_str(), 1);
     return true;
+}
+
+bool PulseAudioDaemon::startOrExplain() {
+    std::string whyNot;
+    if (start(whyNot)) return true;
+    std::fprintf(stderr, "[  SKIPPED ] PulseAudio cannot start here: %s\n", whyNot.c_str());
+    return false;
 }
 
 void PulseAudioDaemon::stop() {

@@ -22,9 +22,6 @@ namespace {
 
 using namespace sonmetra;
 
-test::PulseAudioDaemon* g_daemon = nullptr;
-std::string g_whyNot;
-
 void spin(int ms) {
     QElapsedTimer clock;
     clock.start();
@@ -84,7 +81,6 @@ std::vector<std::pair<std::size_t, std::size_t>> soundRuns(const SampleBlock& sa
 // and all of a short one (one buffer): the recording holds each requested
 // stretch sample for sample, with silence between them and nothing else.
 TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
-    if (!g_whyNot.empty()) GTEST_SKIP() << "PulseAudio cannot start here: " << g_whyNot;
     RecordingMessageService messages;
     ScopedMessageService scope(&messages);
     registerRecordPlayCommands();
@@ -164,16 +160,12 @@ TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
     // The daemon first: PortAudio reads the environment when it starts.
     test::PulseAudioDaemon daemon;
-    if (!daemon.start(g_whyNot))
-        g_whyNot = g_whyNot.empty() ? "unknown" : g_whyNot;
-    else
-        g_whyNot.clear();
-    g_daemon = &daemon;
+    if (!daemon.startOrExplain()) return test::kNoPulseAudioExitCode;
     qputenv("QT_QPA_PLATFORM",
             qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
     QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
