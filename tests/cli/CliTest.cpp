@@ -128,3 +128,17 @@ TEST_F(CliTest, FailuresShowTheWorkstationsMessageAndBadUsageExitsTwo) {
         EXPECT_NE(r.err.find("usage: sonmetra-cli"), std::string::npos) << bad;
     }
 }
+
+// Files a user may hand the tool by mistake: each gets the workstation's
+// own message on standard error and exit 1, and nothing else.
+TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
+    const std::string words = dir.file("words.txt");
+    const std::string text = "the quick brown fox\njumps over the lazy dog\n";
+    writeBytes(words, std::vector<std::uint8_t>(text.begin(), text.end()));
+    const Result r = run("info " + words + " --raw-rate 8000", dir);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err,
+              "The file is not a pure ascii file. Make sure that this file does not contain and header and does not "
+              "have any formatting.\n");
+    EXPECT_TRUE(r.out.empty());
+}
