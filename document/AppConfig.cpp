@@ -1,12 +1,14 @@
 #include "AppConfig.h"
 
 #include <sys/file.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
 #include "AudioRate.h"
+#include "BinaryFile.h"
 #include "ByteOrder.h"
 
 namespace sonmetra {
@@ -229,8 +231,14 @@ AppConfig::Record AppConfig::toRecord() const {
 }
 
 bool AppConfig::readFile(const std::string& path) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (!f) return false;
+    // A pipe or device in the working folder's place would block or never end.
+    std::string error;
+    const int fd = openRegularFileForReading(path, error);
+    std::FILE* f = fd >= 0 ? fdopen(fd, "rb") : nullptr;
+    if (!f) {
+        if (fd >= 0) close(fd);
+        return false;
+    }
     flock(fileno(f), LOCK_EX | LOCK_NB);  // exclusive while read; a lock refused is no error
     Record r{};
     const bool whole = std::fread(r.data(), 1, r.size(), f) == r.size();

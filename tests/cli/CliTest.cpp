@@ -1,5 +1,6 @@
 // sonmetra-cli as a user runs it: outputs, exit codes and messages.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cmath>
@@ -23,7 +24,8 @@ struct Result {
 
 Result run(const std::string& args, const TempDir& dir) {
     const std::string errFile = dir.file("stderr.txt");
-    const std::string command = std::string(SONMETRA_CLI) + " " + args + " 2>" + errFile;
+    // A command that hangs fails (exit 124) instead of stopping the tests.
+    const std::string command = "timeout 60 " + std::string(SONMETRA_CLI) + " " + args + " 2>" + errFile;
     std::FILE* pipe = popen(command.c_str(), "r");
     Result r{-1, {}, {}};
     char buf[4096];
@@ -141,4 +143,10 @@ TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
               "The file is not a pure ascii file. Make sure that this file does not contain and header and does not "
               "have any formatting.\n");
     EXPECT_TRUE(r.out.empty());
+
+    const std::string fifo = dir.file("f.wav");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const Result pipe = run("info " + fifo, dir);
+    EXPECT_EQ(pipe.status, 1);
+    EXPECT_EQ(pipe.err, "Cannot open the file '" + fifo + "':\nit is a pipe (FIFO), not a regular file\n");
 }

@@ -1,9 +1,11 @@
 // The document's channels, cursor rules and save commands.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
 #include "TestFiles.h"
+#include "document/AppConfig.h"
 #include "document/AtomicFileWriter.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
@@ -142,4 +144,30 @@ TEST_F(DocumentTest, FileTypeIndexTwoWritesTheFirstChannelAsWav) {
     std::int16_t s0;
     std::memcpy(&s0, bytes.data() + 44, 2);
     EXPECT_EQ(s0, doc.channel(0).m_samples[0]);
+}
+
+// A pipe, a device or a folder given as a document (or found where the
+// configuration file should be) is refused at once with a reason, never
+// waited on.
+TEST_F(DocumentTest, OpeningAPipeADeviceOrAFolderFailsAtOnceWithTheReason) {
+    const std::string fifo = dir.file("f.wav");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    DefaultImportDialogs dialogs;
+    CKestruneDoc doc;
+    bool opened = true;
+    ASSERT_TRUE(returnsWithin([&] { opened = openDocument(doc, fifo, dialogs); }, fifo)) << "the open waited";
+    EXPECT_FALSE(opened);
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"Cannot open the file '" + fifo +
+                                                         "':\nit is a pipe (FIFO), not a regular file"});
+
+    messages.clear();
+    EXPECT_FALSE(openDocument(doc, "/dev/zero", dialogs));
+    EXPECT_EQ(messages.lastText(), "Cannot open the file '/dev/zero':\nit is a device, not a regular file");
+    EXPECT_FALSE(openDocument(doc, dir.path().string(), dialogs));
+    EXPECT_EQ(messages.lastText(), "Cannot open the file '" + dir.path().string() + "':\nit is a folder");
+
+    AppConfig config;
+    bool read = true;
+    ASSERT_TRUE(returnsWithin([&] { read = config.readFile(fifo); }, fifo)) << "the configuration read waited";
+    EXPECT_FALSE(read);
 }
