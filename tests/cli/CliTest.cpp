@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "../document/TestFiles.h"
@@ -149,4 +150,49 @@ TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
     const Result pipe = run("info " + fifo, dir);
     EXPECT_EQ(pipe.status, 1);
     EXPECT_EQ(pipe.err, "Cannot open the file '" + fifo + "':\nit is a pipe (FIFO), not a regular file\n");
+}
+
+// `info` is valid JSON for every file it accepts: numbers a file can hold
+// but JSON cannot (NaN, infinities) are null, and names, units and labels
+// in the 8-bit encoding of the format's home system become UTF-8.
+TEST_F(CliTest, InfoIsValidJsonForNonFiniteNumbersAndEightBitText) {
+    CKestruneDoc doc;
+    fillSampleDocument(doc);
+    CChannel& c = doc.channel(0);
+    c.m_name =
+        "D\xe9"
+        "bit \xab"
+        "1\xbb";                                 // "Débit «1»" in Windows-1252
+    c.m_units = "\xb5V";                         // "µV"
+    c.m_labels[0].text = "5 \x80, caf\xc3\xa9";  // "5 €, " then UTF-8 "café", not valid as a whole
+    doc.channel(1).m_name = "na\xc3\xafve";      // already UTF-8: kept as it is
+    doc.channel(1).m_labels.clear();
+    c.m_c2 = std::nan("");
+    c.m_reference = HUGE_VAL;
+    c.m_c0 = -HUGE_VAL;
+    const std::string path = dir.file("odd.kvd");
+    ASSERT_TRUE(doc.saveAs(path, 1));
+
+    const Result r = run("info " + path, dir);
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("\"name\": \"D\xc3\xa9"
+                         "bit \xc2\xab"
+                         "1\xc2\xbb\", \"units\": \"\xc2\xb5V\""),
+              std::string::npos)
+        << r.out;
+    EXPECT_NE(r.out.find("\"text\": \"5 \xe2\x82\xac, caf\xc3\x83\xc2\xa9\""), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("\"name\": \"na\xc3\xafve\""), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("\"reference\": null, \"calibration\": [0.001, null, 2.5, null]"), std::string::npos) << r.out;
+    EXPECT_EQ(r.out.find("nan"), std::string::npos);
+    EXPECT_EQ(r.out.find("inf"), std::string::npos);
+
+    // A strict parser (no NaN, no Infinity, UTF-8 only) takes the whole output.
+    const std::string json = dir.file("info.json");
+    writeBytes(json, std::vector<std::uint8_t>(r.out.begin(), r.out.end()));
+    const std::string check =
+        "python3 -c 'import json,sys\n"
+        "def bad(c): raise ValueError(c)\n"
+        "json.loads(open(sys.argv[1], encoding=\"utf-8\", errors=\"strict\").read(), parse_constant=bad)' " +
+        json;
+    EXPECT_EQ(std::system(check.c_str()), 0) << r.out;
 }

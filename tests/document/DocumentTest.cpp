@@ -8,6 +8,7 @@
 #include "document/AppConfig.h"
 #include "document/AtomicFileWriter.h"
 #include "document/DocumentOpener.h"
+#include "document/FileText.h"
 #include "document/MessageService.h"
 
 using namespace sonmetra;
@@ -170,4 +171,16 @@ TEST_F(DocumentTest, OpeningAPipeADeviceOrAFolderFailsAtOnceWithTheReason) {
     bool read = true;
     ASSERT_TRUE(returnsWithin([&] { read = config.readFile(fifo); }, fifo)) << "the configuration read waited";
     EXPECT_FALSE(read);
+}
+
+TEST(FileTextTest, Utf8IsKeptAndEverythingElseIsReadAsWindows1252) {
+    EXPECT_EQ(fileTextToUtf8("plain"), "plain");
+    EXPECT_EQ(fileTextToUtf8("\xe2\x82\xac \xf0\x9f\x8e\xa4"), "\xe2\x82\xac \xf0\x9f\x8e\xa4");
+    // Not UTF-8: a cut character, an overlong form, a surrogate, a lone byte.
+    EXPECT_EQ(fileTextToUtf8("a\xe2\x82"), "a\xc3\xa2\xe2\x80\x9a");
+    EXPECT_EQ(fileTextToUtf8("\xc0\xaf"), "\xc3\x80\xc2\xaf");
+    EXPECT_EQ(fileTextToUtf8("\xed\xa0\x80"), "\xc3\xad\xc2\xa0\xe2\x82\xac");
+    EXPECT_EQ(fileTextToUtf8("\x81\x9f\xff"), "\xc2\x81\xc5\xb8\xc3\xbf");
+    for (const char* s : {"a\xe2\x82", "\xc0\xaf", "\xed\xa0\x80", "\x81\x9f\xff", "\xf4\x90\x80\x80"})
+        EXPECT_TRUE(isValidUtf8(fileTextToUtf8(s))) << s;
 }
