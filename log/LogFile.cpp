@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include "document/AtomicFileWriter.h"
 #include "document/BinaryFile.h"
 #include "document/MessageService.h"
 #include "res/StringTable.h"
@@ -128,12 +129,11 @@ std::string formatLogText(const std::vector<LogRow>& rows) {
 }
 
 bool writeLogFile(const std::string& path, const std::vector<LogRow>& rows) {
+    // Like a document: a failed or killed save keeps the previous log, and a
+    // read-only one is refused with the failed-save report.
     const std::string text = formatLogText(rows);
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return false;
-    bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    ok = (std::fclose(f) == 0) && ok;
-    return ok;
+    return writeFileAtomically(
+        path, [&](std::FILE* f) { return std::fwrite(text.data(), 1, text.size(), f) == text.size(); });
 }
 
 bool parseLogNumber(const std::string& cell, double& value) {

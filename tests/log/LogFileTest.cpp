@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iterator>
 
 #include "document/MessageService.h"
 #include "log/LogFile.h"
@@ -126,6 +127,21 @@ TEST_F(LogFileTest, LastCellWithoutItsTabIsKept) {
 
 namespace sonmetra {
 namespace {
+
+// A read-only log file is not replaced: the save is refused with the
+// failed-save report and the file keeps what it held.
+TEST_F(LogFileTest, AReadOnlyLogIsNotReplaced) {
+    const std::string path = write("kept.txt", "old\tlog\tfile\there\r\n");
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    LogRow row(4);
+    row[0].kind = LogCell::Kind::Text;
+    row[0].text = "new";
+    EXPECT_FALSE(writeLogFile(path, {row}));
+    EXPECT_EQ(m_messages.texts(),
+              std::vector<std::string>{"Cannot create the file '" + path + "':\nthe file is read-only"});
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "old\tlog\tfile\there\r\n");
+}
 
 // Opening a pipe as a log file fails at once instead of waiting for a writer.
 TEST_F(LogFileTest, APipeIsRefusedAtOnce) {
