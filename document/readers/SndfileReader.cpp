@@ -10,6 +10,7 @@
 #include "AiffReader.h"
 #include "ImportDefaults.h"
 #include "document/MessageService.h"
+#include "document/QuietStderr.h"
 #include "res/StringTable.h"
 
 namespace sonmetra {
@@ -101,7 +102,10 @@ bool readByOwnReaders(int format) {
 }
 
 struct SndfileCloser {
-    void operator()(SNDFILE* s) const { sf_close(s); }
+    void operator()(SNDFILE* s) const {
+        QuietStderr quiet;
+        sf_close(s);
+    }
 };
 
 // Reads every frame, keeping channel `chosen`. The claimed frame count is
@@ -146,7 +150,12 @@ ReadStatus readSndfile(BinaryFile& file, CKestruneDoc& doc, ReadContext& context
     VirtualFile vf{&file, 0};
     SF_VIRTUAL_IO io{vioLength, vioSeek, vioRead, vioWrite, vioTell};
     SF_INFO info{};
-    std::unique_ptr<SNDFILE, SndfileCloser> sf(sf_open_virtual(&io, SFM_READ, &info, &vf));
+    std::unique_ptr<SNDFILE, SndfileCloser> sf;
+    {
+        // Probing a file that is not MPEG makes the MPEG decoder talk.
+        QuietStderr quiet;
+        sf.reset(sf_open_virtual(&io, SFM_READ, &info, &vf));
+    }
     if (!sf) return ReadStatus::NotMyType;
     if (!acceptedFamily(info.format) || info.channels <= 0 || info.frames < 0 || !plausibleImportRate(info.samplerate))
         return ReadStatus::NotMyType;

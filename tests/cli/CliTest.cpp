@@ -145,6 +145,19 @@ TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
               "have any formatting.\n");
     EXPECT_TRUE(r.out.empty());
 
+    // An MPEG frame header over noise: libsndfile's MPEG decoder probes it
+    // and complains; the user sees only the workstation's message.
+    std::vector<std::uint8_t> mpeg = {0xff, 0xfb, 0x90, 0x64};
+    std::uint32_t state = 99;
+    for (int i = 0; i < 3000; ++i) {
+        state = state * 1664525u + 1013904223u;
+        mpeg.push_back(static_cast<std::uint8_t>(state >> 24));
+    }
+    writeBytes(dir.file("noise.mp3"), mpeg);
+    const Result noise = run("info " + dir.file("noise.mp3"), dir);
+    EXPECT_EQ(noise.status, 1);
+    EXPECT_EQ(noise.err, "Wrong file type.\n");
+
     const std::string fifo = dir.file("f.wav");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     const Result pipe = run("info " + fifo, dir);
