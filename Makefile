@@ -15,7 +15,7 @@ PACKAGES := cmake ninja-build g++ pkg-config \
   portaudio19-dev libusb-1.0-0-dev libsndfile1-dev zlib1g-dev \
   libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev \
   xvfb xauth pulseaudio pulseaudio-utils libasound2-plugins alsa-utils \
-  espeak-ng sox python3
+  espeak-ng sox python3 praat parallel
 BENCH_PACKAGES := praat
 FUZZ_PACKAGES := clang libclang-rt-14-dev
 

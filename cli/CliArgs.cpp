@@ -42,6 +42,10 @@ CliArgs parseCliArgs(int argc, const char* const* argv, const std::set<std::stri
             } else {
                 args.flags.insert(name);
             }
+        } else if (a.size() == 2 && a[0] == '-' && valueOptions.count(a.substr(1))) {
+            // A one-letter option such as "-o OUT".
+            if (i + 1 >= argc) throw UsageError(a + " needs a value");
+            args.options[a.substr(1)] = argv[++i];
         } else if (args.command.empty()) {
             args.command = a;
         } else {

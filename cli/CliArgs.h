@@ -39,8 +39,9 @@ struct CliArgs {
     int integer(const std::string& name, int fallback) const;
 };
 
-// Parses argv[1..]; names in valueOptions take the next argument as value,
-// every other "--name" is a flag. Throws UsageError.
+// Parses argv[1..]; names in valueOptions take the next argument as value
+// ("--name value", or "-n value" for a one-letter name), every other
+// "--name" is a flag. Throws UsageError.
 CliArgs parseCliArgs(int argc, const char* const* argv, const std::set<std::string>& valueOptions);
 
 }  // namespace sonmetra::cli

@@ -7,7 +7,9 @@
 #include "AnalysisCommands.h"
 #include "CliArgs.h"
 #include "CliCommon.h"
+#include "CorpusRun.h"
 #include "JsonInfo.h"
+#include "LabelCommands.h"
 #include "document/AtomicFileWriter.h"
 #include "document/MessageService.h"
 #include "document/UserException.h"
@@ -63,16 +65,34 @@ int runConvert(const CliArgs& args, CKestruneDoc& doc) {
     throw UsageError("convert writes OUT.kvd or OUT.wav");
 }
 
+// An analysis command over many files: each table goes to DIR/NAME.tsv.
+int runAnalysisCorpus(const CliArgs& args) {
+    const std::string& c = args.command;
+    if (c != "spectrum" && c != "lpc" && c != "pitch" && c != "spectrogram" && c != "intensity")
+        throw UsageError(c + " does not take --out-dir");
+    CorpusCommand command;
+    command.resultSuffix = ".tsv";
+    command.run = [](const CliArgs& one, std::ostream& out) {
+        CKestruneDoc doc;
+        openForCli(one.positional[0], one, doc);
+        return runAnalysisCommand(one, doc, out);
+    };
+    return runCorpus(args, command);
+}
+
 int run(int argc, char** argv) {
     std::set<std::string> valueOptions = {"channel",  "wav-channel", "raw-header", "raw-rate",
                                           "raw-bits", "raw-order",   "from-ms",    "to-ms"};
     for (const auto& name : analysisValueOptions()) valueOptions.insert(name);
+    for (const auto& name : labelsValueOptions()) valueOptions.insert(name);
     const CliArgs args = parseCliArgs(argc, argv, valueOptions);
     if (args.command.empty()) throw UsageError("no command given");
 
     const bool known = args.command == "info" || args.command == "samples" || args.command == "convert" ||
-                       isAnalysisCommand(args.command);
+                       args.command == "labels" || isAnalysisCommand(args.command);
     if (!known) throw UsageError("unknown command '" + args.command + "'");
+    if (args.command == "labels") return runLabelsCommand(args);
+    if (isCorpusRun(args)) return runAnalysisCorpus(args);
     if (args.positional.empty()) throw UsageError(args.command + " needs a FILE");
 
     CKestruneDoc doc;
@@ -105,6 +125,7 @@ int main(int argc, char** argv) {
     } catch (const UsageError& e) {
         std::cerr << "sonmetra-cli: " << e.what() << '\n' << kUsage;
         std::cerr << '\n' << analysisUsage();
+        std::cerr << '\n' << labelsUsage();
         std::cerr << '\n';
         return 2;
     } catch (const CommandFailed&) {

@@ -16,10 +16,11 @@
 #include "AboutDialog.h"
 #include "CChildFrame.h"
 #include "CStatusWindow.h"
+#include "CommandMenus.h"
 #include "DocumentCommands.h"
 #include "ExportChannel.h"
-#include "FileDialogs.h"
 #include "ImportDialogs.h"
+#include "LabelFileCommands.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
@@ -27,6 +28,7 @@
 #include "log/CFrameLog.h"
 #include "res/StringTable.h"
 #include "view/AppServices.h"
+#include "view/FileDialogs.h"
 #include "view/ViewCommands.h"
 
 using sonmetra::CKestruneDoc;
@@ -34,14 +36,6 @@ using sonmetra::CKestruneDoc;
 namespace {
 
 const char kRecentGroup[] = "Recent File List";
-
-// "Cu&t\tCtrl+X" → text "Cu&t", shortcut Ctrl+X.
-QAction* actionFromMenuText(QMenu* menu, const QString& menuText) {
-    const QStringList parts = menuText.split('\t');
-    auto* action = menu->addAction(parts.at(0));
-    if (parts.size() > 1) action->setShortcut(QKeySequence(parts.at(1)));
-    return action;
-}
 
 }  // namespace
 
@@ -58,10 +52,10 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
 
     createStatusWindow(this);
     buildFileMenu();
-    buildViewCommandMenus();
     buildWindowMenu();
     buildHelpMenu();
-    connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { armShortcuts(); });
+    m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
+    connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at
@@ -75,6 +69,9 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
 }
 
 CMainFrame::~CMainFrame() {
+    // A frame destroyed while shown closes its document windows afterwards,
+    // in the widget's destructor: they must no longer reach this frame.
+    m_mdi->disconnect(this);
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;
@@ -146,6 +143,8 @@ void CMainFrame::buildFileMenu() {
     add(
         "&Export Channel As...", [this, doc] { exportChannelAs(this, *doc()); },
         [doc] { return doc() && doc()->holdsData(); });
+    addLabelFileCommands(
+        this, [this] { return activeChildFrame(); }, add);
     m->addSeparator();
     add("New &Log", [this] { newLog(m_mdi); });
     add("Open L&og...", [this] { openLog(m_mdi, this); });
@@ -164,40 +163,6 @@ void CMainFrame::buildFileMenu() {
     connect(m, &QMenu::aboutToShow, this, [this] { updateCommandStates(); });
     connect(m, &QMenu::aboutToHide, this, [this] { armShortcuts(); });
     rebuildRecentMenu();
-}
-
-void CMainFrame::buildViewCommandMenus() {
-    const auto& commands = ViewCommandRegistry::instance().commands();
-    for (const QString& title : ViewCommandRegistry::menuOrder()) {
-        std::vector<const ViewCommand*> entries;
-        for (const ViewCommand& c : commands)
-            if (c.menu == title) entries.push_back(&c);
-        if (entries.empty()) continue;
-        std::stable_sort(entries.begin(), entries.end(),
-                         [](const ViewCommand* a, const ViewCommand* b) { return a->order < b->order; });
-        QMenu* menu = menuBar()->addMenu(title);
-        for (const ViewCommand* c : entries) {
-            if (c->separatorBefore) menu->addSeparator();
-            QAction* a = actionFromMenuText(menu, c->text);
-            a->setStatusTip(c->statusTip);
-            a->setCheckable(c->checkable);
-            connect(a, &QAction::triggered, this, [this, c] {
-                CKestruneView* view = activeView();
-                if (view && (!c->enabled || c->enabled(*view))) c->run(*view);
-                armShortcuts();
-            });
-            const QString baseText = a->text();
-            m_ruledActions.push_back(a);
-            m_stateUpdaters.push_back([this, a, c, baseText] {
-                CKestruneView* view = activeView();
-                a->setEnabled(view && (!c->enabled || c->enabled(*view)));
-                if (c->dynamicText) a->setText(view ? c->dynamicText(*view) : baseText);
-                if (c->checked) a->setChecked(view && c->checked(*view));
-            });
-        }
-        connect(menu, &QMenu::aboutToShow, this, [this] { updateCommandStates(); });
-        connect(menu, &QMenu::aboutToHide, this, [this] { armShortcuts(); });
-    }
 }
 
 void CMainFrame::buildWindowMenu() {
@@ -230,6 +195,7 @@ void CMainFrame::buildHelpMenu() {
 
 void CMainFrame::updateCommandStates() {
     for (const auto& update : m_stateUpdaters) update();
+    m_commandMenus->updateStates();
 }
 
 void CMainFrame::armShortcuts() {
@@ -237,6 +203,7 @@ void CMainFrame::armShortcuts() {
     // are closed every entry stays enabled so that its shortcut always
     // reaches the handler, which applies the rule at that moment.
     for (QAction* a : m_ruledActions) a->setEnabled(true);
+    if (m_commandMenus) m_commandMenus->armShortcuts();
 }
 
 CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {

@@ -12,6 +12,7 @@ class QMenu;
 class QAction;
 class CChildFrame;
 class CKestruneView;
+class CommandMenus;
 
 class CMainFrame : public QMainWindow {
     Q_OBJECT
@@ -22,6 +23,7 @@ public:
     ~CMainFrame() override;
 
     QMdiArea* mdiArea() const { return m_mdi; }
+    CommandMenus* commandMenus() const { return m_commandMenus; }
     CChildFrame* activeChildFrame() const;
     CKestruneView* activeView() const;
 
@@ -51,7 +53,6 @@ protected:
 
 private:
     void buildFileMenu();
-    void buildViewCommandMenus();
     void buildWindowMenu();
     void buildHelpMenu();
     void openWithDialog();
@@ -64,6 +65,7 @@ private:
     CChildFrame* addChildFrame(CChildFrame* frame);
 
     QMdiArea* m_mdi = nullptr;
+    CommandMenus* m_commandMenus = nullptr;  // the menus of the active window's commands
     QMenu* m_fileMenu = nullptr;
     QMenu* m_windowMenu = nullptr;
     QList<QAction*> m_recentActions;

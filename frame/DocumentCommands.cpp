@@ -3,7 +3,7 @@
 #include <QApplication>
 #include <QCursor>
 
-#include "FileDialogs.h"
+#include "view/FileDialogs.h"
 #include "document/CKestruneDoc.h"
 
 namespace DocumentCommands {

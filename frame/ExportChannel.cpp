@@ -6,7 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "FileDialogs.h"
+#include "view/FileDialogs.h"
 #include "document/readers/ChannelExport.h"
 
 CDataChannelSelectDialog::CDataChannelSelectDialog(const sonmetra::CKestruneDoc& doc, QWidget* parent)

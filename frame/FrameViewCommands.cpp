@@ -2,6 +2,7 @@
 
 #include "DisplayOptionDialog.h"
 #include "ViewPrinting.h"
+#include "WaveformRenderKind.h"
 #include "ZoomOptionDialog.h"
 #include "document/CKestruneDoc.h"
 #include "view/CKestruneView.h"
@@ -34,4 +35,5 @@ void registerFrameViewCommands() {
     add(view, "Print Preview", 111, printPreviewCommand);
     add(options, "Zoom...", 300, runZoomOptions);
     add(options, "Display", 310, runDisplayOptions);
+    registerWaveformRenderKind();
 }

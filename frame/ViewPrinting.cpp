@@ -3,8 +3,6 @@
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPointer>
-#include <QPrintDialog>
-#include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QScreen>
 #include <QTimer>
@@ -13,46 +11,18 @@
 #include <optional>
 
 #include "DisplayConfig.h"
-#include "FileDialogs.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "res/StringTable.h"
 #include "view/CKestruneView.h"
+#include "view/PictureOutput.h"
 
 namespace {
 
 constexpr int kScreenDumpDelayMs = 250;  // long enough for the menu to be gone from the screen
 
-std::optional<QString> askBitmapPath(QWidget* parent, const QString& title, const QString& defaultName) {
-    FileDialogRequest request;
-    request.save = true;
-    request.title = title;
-    request.defaultName = defaultName;
-    request.defaultSuffix = QStringLiteral("bmp");
-    request.filters = {QStringLiteral("Bitmap files (*.bmp)")};
-    const auto answer = fileDialogs().ask(parent, request);
-    if (!answer) return std::nullopt;
-    return answer->path;
-}
-
-bool writeBitmap(const QImage& image, const QString& path) {
-    QImage plain = image.convertToFormat(QImage::Format_RGB32);
-    plain.setDevicePixelRatio(1.0);
-    if (plain.save(path, "BMP")) return true;
-    sonmetra::beep();
-    sonmetra::showMessage(sonmetra::formatString(sonmetra::IDS_BITMAP_WRITE_ERROR, path.toStdString()));
-    return false;
-}
-
 }  // namespace
-
-QSize printSizePx(const sonmetra::AppConfig& config, double dotsPerInch) {
-    const double perUnit = config.m_print.inches != 0 ? dotsPerInch : dotsPerInch / 2.54;
-    const int w = static_cast<int>(std::lround(std::clamp(config.m_print.width, 0.1, 1000.0) * perUnit));
-    const int h = static_cast<int>(std::lround(std::clamp(config.m_print.height, 0.1, 1000.0) * perUnit));
-    return QSize(std::max(w, 60), std::max(h, 40));
-}
 
 RenderOptions printOptions(const CKestruneView& view, const sonmetra::AppConfig& config) {
     RenderOptions options;
@@ -64,7 +34,7 @@ RenderOptions printOptions(const CKestruneView& view, const sonmetra::AppConfig&
 
 QImage viewBitmap(const CKestruneView& view, const sonmetra::AppConfig& config) {
     const double dpi = view.logicalDpiX() > 0 ? view.logicalDpiX() : 96.0;
-    return view.renderImage(printSizePx(config, dpi), printOptions(view, config));
+    return view.renderImage(printSizePx(config.m_print, dpi), printOptions(view, config));
 }
 
 bool saveViewBitmap(const CKestruneView& view, const QString& path) {
@@ -77,7 +47,7 @@ void printView(const CKestruneView& view, QPrinter& printer) {
     // Laid out at screen size, drawn at the printer's resolution: the same
     // strips and fonts as on screen, with crisp traces.
     constexpr double kLayoutDpi = 96.0;
-    const QSize layout = printSizePx(config, kLayoutDpi);
+    const QSize layout = printSizePx(config.m_print, kLayoutDpi);
     QImage image = view.renderImage(layout, printOptions(view, config), res / kLayoutDpi);
     image.setDevicePixelRatio(1.0);
     QPainter painter(&printer);
@@ -91,7 +61,8 @@ void printView(const CKestruneView& view, QPrinter& printer) {
 
 void saveViewAsBitmapCommand(CKestruneView& view) {
     const QString title = QString::fromStdString(view.document()->title());
-    if (const auto path = askBitmapPath(&view, QStringLiteral("Save As bmp"), title)) saveViewBitmap(view, *path);
+    if (const auto path = askBitmapPath(&view, QStringLiteral("Save As bmp"), bitmapFileName(title)))
+        saveViewBitmap(view, *path);
 }
 
 void saveScreenAsBitmapCommand(CKestruneView& view) {
@@ -113,16 +84,9 @@ void saveScreenAsBitmapCommand(CKestruneView& view) {
 }
 
 void printViewCommand(CKestruneView& view) {
-    QPrinter printer(QPrinter::HighResolution);
-    QPrintDialog dialog(&printer, &view);
-    if (dialog.exec() != QDialog::Accepted) return;
-    printView(view, printer);
+    runPrintDialog(&view, [&view](QPrinter& printer) { printView(view, printer); });
 }
 
 void printPreviewCommand(CKestruneView& view) {
-    QPrinter printer(QPrinter::HighResolution);
-    QPrintPreviewDialog preview(&printer, &view);
-    QObject::connect(&preview, &QPrintPreviewDialog::paintRequested, &view,
-                     [&view](QPrinter* p) { printView(view, *p); });
-    preview.exec();
+    runPrintPreview(&view, [&view](QPrinter& printer) { printView(view, printer); });
 }

@@ -16,8 +16,6 @@ namespace sonmetra {
 class AppConfig;
 }
 
-// The print size in pixels at `dotsPerInch`.
-QSize printSizePx(const sonmetra::AppConfig& config, double dotsPerInch);
 // Colour and grid of a printout or bitmap of the view.
 RenderOptions printOptions(const CKestruneView& view, const sonmetra::AppConfig& config);
 

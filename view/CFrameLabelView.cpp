@@ -1,10 +1,7 @@
 #include "CFrameLabelView.h"
 
-#include <QMdiArea>
-
-#include "AppServices.h"
+#include "AttachedFrames.h"
 #include "CFormLabelView.h"
-#include "DocumentWindows.h"
 #include "document/CKestruneDoc.h"
 
 CFrameLabelView::CFrameLabelView(sonmetra::CKestruneDoc* doc, QWidget* parent)
@@ -15,12 +12,7 @@ CFrameLabelView::CFrameLabelView(sonmetra::CKestruneDoc* doc, QWidget* parent)
     resize(560, 300);
 }
 
-CFrameLabelView::~CFrameLabelView() {
-    if (m_doc) {
-        DocumentWindows& w = documentWindows(m_doc);
-        if (w.labelList == this) w.labelList = nullptr;
-    }
-}
+CFrameLabelView::~CFrameLabelView() { detachIfAttached(this, m_doc, windowrole::kLabelList); }
 
 void CFrameLabelView::refresh() {
     if (m_doc) setWindowTitle(QString("Labels::") + QString::fromStdString(m_doc->title()));
@@ -33,15 +25,19 @@ void CFrameLabelView::detachDocument() {
 }
 
 CFrameLabelView* CFrameLabelView::showFor(sonmetra::CKestruneDoc* doc) {
-    DocumentWindows& w = documentWindows(doc);
-    if (!w.labelList) {
-        auto* frame = new CFrameLabelView(doc);
-        if (QMdiArea* area = AppServices::instance().mdiArea) area->addSubWindow(frame);
-        w.labelList = frame;
+    auto* list = qobject_cast<CFrameLabelView*>(attachedWindow(doc, windowrole::kLabelList));
+    if (!list) {
+        list = new CFrameLabelView(doc);
+        AttachedWindow hooks;
+        hooks.samplesReplaced = [list] { list->refresh(); };
+        hooks.labelsChanged = [list] { list->refresh(); };
+        hooks.documentClosing = [list] {
+            list->detachDocument();
+            list->close();
+        };
+        openAttachedFrame(list, doc, windowrole::kLabelList, std::move(hooks));
     }
-    w.labelList->refresh();
-    w.labelList->show();
-    w.labelList->raise();
-    if (QMdiArea* area = w.labelList->mdiArea()) area->setActiveSubWindow(w.labelList);
-    return w.labelList;
+    list->refresh();
+    bringToFront(list);
+    return list;
 }

@@ -45,7 +45,9 @@ public:
     bool cursorPlaced() const { return m_cursorPlaced; }
     bool selectionPresent() const { return m_selectionPresent; }
     bool scrollable() const { return m_hBar.scrollable(); }
-    void setCursorPlaced(bool on) { m_cursorPlaced = on; }
+    // Turning the cursor on takes its time from the document's channels
+    // (placed by the caller, e.g. through timebase::placeCursor).
+    void setCursorPlaced(bool on);
     // Keeps the document's selection flag in step.
     void setSelectionPresent(bool on);
     int clickedChannel() const { return m_clickedChannel; }
@@ -112,10 +114,9 @@ public:
     // calls this for every channel that carries one (set by the intensity feature).
     static void setDerivedCurveRecompute(std::function<void(sonmetra::CKestruneDoc&, int)> recompute);
 
+    // After each step the windows attached to the document follow the
+    // cursor (DocumentWindows.h: cursorStepped).
     enum class MouseStep { Down, Move, Up };
-    // Windows of the same document whose cursor follows the view's.
-    using CursorFollower = std::function<void(sonmetra::CKestruneDoc&, MouseStep, double ms)>;
-    static void addCursorFollower(CursorFollower follower);
 
 signals:
     // After each mouse step, with the view's cursor time.

@@ -2,21 +2,12 @@
 #include <QMouseEvent>
 #include <QWheelEvent>
 #include <cmath>
-#include <vector>
 
 #include "CKestruneView.h"
+#include "DocumentWindows.h"
 #include "document/CKestruneDoc.h"
 
 using timebase::ScrollRequest;
-
-namespace {
-std::vector<CKestruneView::CursorFollower>& followers() {
-    static std::vector<CKestruneView::CursorFollower> list;
-    return list;
-}
-}  // namespace
-
-void CKestruneView::addCursorFollower(CursorFollower follower) { followers().push_back(std::move(follower)); }
 
 void CKestruneView::mousePressEvent(QMouseEvent* e) {
     if (e->button() != Qt::LeftButton) return QWidget::mousePressEvent(e);
@@ -54,6 +45,12 @@ void CKestruneView::wheelEvent(QWheelEvent* e) {
         hScroll(ScrollRequest::LineBack);
     }
     e->ignore();
+}
+
+void CKestruneView::setCursorPlaced(bool on) {
+    m_cursorPlaced = on;
+    const int first = m_doc ? m_doc->firstPresentIndex() : -1;
+    if (on && first >= 0) m_cursorMs = m_doc->channel(first).m_cursorMs;
 }
 
 void CKestruneView::pressAt(QPoint p) {
@@ -110,7 +107,7 @@ void CKestruneView::afterMouseStep(MouseStep step) {
     if (m_notifying) return;
     m_notifying = true;
     emit cursorStep(static_cast<int>(step), m_cursorMs);
-    for (const auto& follow : followers()) follow(*m_doc, step, m_cursorMs);
+    cursorStepped(m_doc, static_cast<int>(step), m_cursorMs);
     m_notifying = false;
 }
 

@@ -18,16 +18,11 @@
 
 using sonmetra::CLabel;
 
-LabelController::LabelController(CKestruneView& view) : m_view(view), m_doc(view.document()) {
-    ++documentWindows(m_doc).views;
-}
+LabelController::LabelController(CKestruneView& view) : m_view(view), m_doc(view.document()) { viewOpened(m_doc); }
 
 LabelController::~LabelController() = default;
 
-void LabelController::viewClosing() {
-    DocumentWindows& w = documentWindows(m_doc);
-    if (--w.views <= 0) forgetDocumentWindows(m_doc);
-}
+void LabelController::viewClosing() { viewClosed(m_doc); }
 
 bool LabelController::hitTest(QPoint p, int* channel, int* index) const {
     for (int ch = 0; ch < m_doc->channelCount(); ++ch) {

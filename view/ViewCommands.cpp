@@ -8,6 +8,9 @@ ViewCommandRegistry& ViewCommandRegistry::instance() {
 }
 
 const QStringList& ViewCommandRegistry::menuOrder() {
-    static const QStringList order = {"&Edit", "&View", "&Label", "&Record/Play", "&Analysis", "&Options"};
+    // The menus of the other windows' contexts (WindowCommands.h) take their
+    // places from the same list; a title that is not listed comes last.
+    static const QStringList order = {"&Edit", "&View",        "&Label",    "&Log",
+                                      "&Play", "&Record/Play", "&Analysis", "&Options"};
     return order;
 }

@@ -18,7 +18,7 @@ struct ViewCommand {
     bool separatorBefore = false;  // a separator line above this entry
     bool checkable = false;
     std::function<void(CKestruneView&)> run;
-    std::function<bool(const CKestruneView&)> enabled;  // null: enabled whenever a view is active
+    std::function<bool(const CKestruneView&)> enabled;         // null: enabled whenever a view is active
     std::function<QString(const CKestruneView&)> dynamicText;  // rewritten each time the menu opens
     std::function<bool(const CKestruneView&)> checked;         // for checkable entries
 };
@@ -28,7 +28,8 @@ public:
     static ViewCommandRegistry& instance();
     void add(ViewCommand command) { m_commands.push_back(std::move(command)); }
     const std::vector<ViewCommand>& commands() const { return m_commands; }
-    // The top-level menus in the order they stand in the menu bar.
+    // The top-level command menus, of every window's context, in the order
+    // they stand in the menu bar.
     static const QStringList& menuOrder();
 
 private:

@@ -5,11 +5,15 @@
 
 #include "CKestruneView.h"
 
-ViewWaveDisplay::ViewWaveDisplay(CKestruneView& view) : m_view(&view) {}
+ViewWaveDisplay::ViewWaveDisplay(CKestruneView& view)
+    : ViewWaveDisplay(view, [v = &view] { return v->clientRect(); }) {}
+
+ViewWaveDisplay::ViewWaveDisplay(QWidget& window, std::function<QRect()> clientArea)
+    : m_view(&window), m_clientArea(std::move(clientArea)) {}
 
 sonmetra::WaveRect ViewWaveDisplay::clientRect() {
     if (!m_view) return {};
-    const QRect c = m_view->clientRect();
+    const QRect c = m_clientArea();
     return sonmetra::WaveRect{0, 0, c.width(), c.height()};
 }
 
@@ -25,7 +29,7 @@ void ViewWaveDisplay::invertRect(const sonmetra::WaveRect& r) {
 }
 
 void ViewWaveDisplay::startStripChart() {
-    const QRect c = m_view ? m_view->clientRect() : QRect();
+    const QRect c = m_view ? m_clientArea() : QRect();
     m_stripChart = QImage(c.size().expandedTo(QSize(1, 1)), QImage::Format_ARGB32_Premultiplied);
     m_stripChart.fill(Qt::transparent);
 }

@@ -1,5 +1,6 @@
-// What the sound engines draw in the waveform view: the capture strip chart
-// and the play cursor, kept as overlay state of the view.
+// What the sound engines draw in a window (the waveform view, the pitch and
+// spectrogram windows): the capture strip chart and the play cursor, kept as
+// overlay state of the window.
 //
 // The engines call drawCaptureColumn and invertRect from their worker
 // threads; each call is queued to the interface thread, which updates the
@@ -12,6 +13,8 @@
 #include <QObject>
 #include <QPointer>
 #include <QRect>
+#include <QWidget>
+#include <functional>
 #include <map>
 #include <tuple>
 
@@ -24,6 +27,8 @@ class ViewWaveDisplay : public QObject, public sonmetra::IWaveDisplay {
     Q_OBJECT
 public:
     explicit ViewWaveDisplay(CKestruneView& view);
+    // Any window; `clientArea` gives the area the engines may draw in.
+    ViewWaveDisplay(QWidget& window, std::function<QRect()> clientArea);
 
     // IWaveDisplay. clientRect() is called on the interface thread only.
     sonmetra::WaveRect clientRect() override;
@@ -49,7 +54,8 @@ private:
         }
     };
 
-    QPointer<CKestruneView> m_view;             // interface thread only
+    QPointer<QWidget> m_view;                   // interface thread only
+    std::function<QRect()> m_clientArea;        // interface thread only
     QImage m_stripChart;                        // interface thread only
     std::map<QRect, int, RectLess> m_inverted;  // interface thread only: strip -> 1 while shown
 };

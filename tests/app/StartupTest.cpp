@@ -21,7 +21,7 @@
 #include "frame/AboutDialog.h"
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
-#include "frame/FileDialogs.h"
+#include "view/FileDialogs.h"
 #include "view/AppServices.h"
 
 using namespace sonmetra;

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFile>
+#include <QFileInfo>
 #include <QPrinter>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -20,10 +21,11 @@
 #include "frame/CStatusWindow.h"
 #include "frame/CursorDurationBar.h"
 #include "frame/DisplayOptionDialog.h"
-#include "frame/FileDialogs.h"
 #include "frame/ViewPrinting.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
+#include "view/FileDialogs.h"
+#include "view/PictureOutput.h"
 #include "view/WaveformCommands.h"
 
 namespace {
@@ -375,11 +377,32 @@ TEST(ViewGuiTest, ScreenDumpIsTakenAfterTheMenuClosesAndAsksForAName) {
     EXPECT_TRUE(dialogs.asked.title.isEmpty());
     QTest::qWait(600);
     setFileDialogs(previous);
-    EXPECT_EQ(dialogs.asked.defaultName, "ScreenDump");
+    EXPECT_EQ(dialogs.asked.defaultName, "ScreenDump.bmp");
     EXPECT_EQ(dialogs.asked.filters, QStringList{"Bitmap files (*.bmp)"});
     const QImage dump(dialogs.answer);
     ASSERT_FALSE(dump.isNull());
     EXPECT_GE(dump.width(), f.view->width());
+}
+
+// "Save As bmp..." once proposed the document's own name, and answering the
+// replace question overwrote the .kvd with a picture.
+TEST(ViewGuiTest, SaveAsBmpNeverProposesOrWritesTheDocumentsName) {
+    Fixture f(demo());
+    QTemporaryDir dir;
+    ScriptedFileDialogs dialogs;
+    dialogs.answer = dir.filePath("demo.kvd");
+    IFileDialogs* previous = setFileDialogs(&dialogs);
+    saveViewAsBitmapCommand(*f.view);
+    setFileDialogs(previous);
+    EXPECT_EQ(dialogs.asked.defaultName, bitmapFileName(QString::fromStdString(f.view->document()->title())));
+    EXPECT_TRUE(dialogs.asked.defaultName.endsWith(".bmp"));
+    EXPECT_EQ(dialogs.asked.defaultSuffix, "bmp");
+    // A name typed with another extension gets ".bmp": the document is never touched.
+    EXPECT_FALSE(QFileInfo::exists(dir.filePath("demo.kvd")));
+    EXPECT_FALSE(QImage(dir.filePath("demo.kvd.bmp")).isNull());
+    EXPECT_EQ(bitmapFileName("demo.kvd"), "demo.bmp");
+    EXPECT_EQ(bitmapFileName("take.1.wav"), "take.1.bmp");
+    EXPECT_EQ(bitmapFileName(""), "Untitled.bmp");
 }
 
 TEST(ViewGuiTest, DisplayOptionsGoIntoChannelsDocumentAndRecord) {

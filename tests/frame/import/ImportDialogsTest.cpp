@@ -16,7 +16,7 @@
 
 #include "document/MessageService.h"
 #include "frame/ExportChannel.h"
-#include "frame/FileDialogs.h"
+#include "view/FileDialogs.h"
 #include "frame/ImportDialogs.h"
 
 namespace {

@@ -53,7 +53,7 @@ private slots:
         QVERIFY(!enabled(kUndo, *m_view));
 
         run("View Labels", *m_view);
-        CFrameLabelView* list = documentWindows(m_doc.get()).labelList;
+        CFrameLabelView* list = qobject_cast<CFrameLabelView*>(attachedWindow(m_doc.get(), windowrole::kLabelList));
         QVERIFY(list);
 
         drag(200.0, 400.0);

@@ -172,7 +172,7 @@ private slots:
         m_doc->channel(2).m_labels.back().timeMs = 250.0;
         m_doc->channel(2).m_labels.back().text = "burst";
         run("View Labels", *m_view);
-        CFrameLabelView* list = documentWindows(m_doc.get()).labelList;
+        CFrameLabelView* list = qobject_cast<CFrameLabelView*>(attachedWindow(m_doc.get(), windowrole::kLabelList));
         QVERIFY(list);
         QCOMPARE(list->windowTitle(), QString("Labels::speech.kvd"));
         QCOMPARE(list->form()->grid()->rowCount(), 1);
@@ -183,7 +183,7 @@ private slots:
 
         // A second "View Labels" brings the same window back.
         run("View Labels", *m_view);
-        QCOMPARE(documentWindows(m_doc.get()).labelList, list);
+        QCOMPARE(qobject_cast<CFrameLabelView*>(attachedWindow(m_doc.get(), windowrole::kLabelList)), list);
 
         // A label entered with the mouse shows at once.
         run("Mode", *m_view);
@@ -199,7 +199,7 @@ private slots:
         QPointer<CFrameLabelView> guard(list);
         list->close();
         QTRY_VERIFY(guard.isNull());
-        QCOMPARE(documentWindows(m_doc.get()).labelList, nullptr);
+        QCOMPARE(qobject_cast<CFrameLabelView*>(attachedWindow(m_doc.get(), windowrole::kLabelList)), nullptr);
     }
 
 private:

@@ -1,4 +1,4 @@
-#include "FileDialogs.h"
+#include "view/FileDialogs.h"
 
 #include <QFileDialog>
 

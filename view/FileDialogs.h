@@ -1,4 +1,4 @@
-// The file dialogs of the main frame behind one small interface, so that
+// The file dialogs of every window behind one small interface, so that
 // GUI tests can answer them like a user would without a native dialog.
 #pragma once
 
