@@ -12,7 +12,6 @@
 
 namespace sonmetra {
 
-bool isValidUtf8(std::string_view bytes);
 std::string fileTextToUtf8(std::string_view bytes);
 
 }  // namespace sonmetra

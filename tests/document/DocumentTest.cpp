@@ -17,6 +17,7 @@
 #include "document/DocumentOpener.h"
 #include "document/FileText.h"
 #include "document/MessageService.h"
+#include "document/labels/TextDecoding.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
