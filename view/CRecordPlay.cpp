@@ -16,6 +16,7 @@
 #include "ViewWaveDisplay.h"
 #include "document/AudioRate.h"
 #include "document/CKestruneDoc.h"
+#include "document/ChannelRate.h"
 #include "document/MessageService.h"
 #include "io/CWaveIn.h"
 #include "io/CWaveOut.h"
@@ -204,6 +205,12 @@ void CRecordPlay::play(int firstSample, int count) {
     if (index < 0) return;
     const CChannel& ch = doc.channel(index);
     stopPlayback();
+    // The sound card is driven at the channel's rate: one outside the range
+    // is refused with what is wrong with it.
+    if (const std::string problem = channelRateProblem(ch, index); !problem.empty()) {
+        showMessage(problem);
+        return;
+    }
     m_waveOut = std::make_unique<CWaveOut>();
     const QRect trace = m_view.traceArea();
     m_waveOut->SetProgress(m_display.get(), 1, trace.left(), trace.top(), trace.left() + trace.width(),

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -208,4 +209,42 @@ TEST_F(CliTest, InfoIsValidJsonForNonFiniteNumbersAndEightBitText) {
         "json.loads(open(sys.argv[1], encoding=\"utf-8\", errors=\"strict\").read(), parse_constant=bad)' " +
         json;
     EXPECT_EQ(std::system(check.c_str()), 0) << r.out;
+}
+
+// A channel whose rate no analysis can use (a flipped bit in the rate, a
+// rate of 0, NaN, -1, infinity or 1e300): every analysis refuses it at once
+// with what is wrong, `info` still describes the file, and nothing hangs
+// or overflows.
+TEST_F(CliTest, AnalysesRefuseARateOutsideTheRangeAndSayWhatIsWrong) {
+    const std::pair<double, std::string> rates[] = {
+        {std::bit_cast<double>(std::bit_cast<std::uint64_t>(11025.0) ^ (std::uint64_t{0x40} << 56)),
+         "is 6.132859823e-305 Hz"},
+        {0.0, "is 0 Hz (no rate at all)"},
+        {std::nan(""), "is not a number"},
+        {-1.0, "is -1 Hz (a negative rate)"},
+        {HUGE_VAL, "is infinite"},
+        {1e300, "is 1e+300 Hz"},
+    };
+    for (const auto& [rate, what] : rates) {
+        CKestruneDoc doc;
+        fillSampleDocument(doc);
+        doc.channel(0).m_rateHz = rate;
+        const std::string path = dir.file("rate.kvd");
+        ASSERT_TRUE(doc.saveAs(path, 1));
+        const std::string message = "The sample rate of channel 1 (" + doc.channel(0).m_name + ") " + what +
+                                    ". A channel's sample rate must be a number from 1 Hz to 1000000 Hz.\n";
+        for (const std::string& command :
+             {"intensity " + path, "pitch " + path, "spectrum " + path + " --at-ms 100", "lpc " + path + " --at-ms 100",
+              "spectrogram " + path + " --columns 10 --points 16"}) {
+            const Result r = run(command, dir);
+            EXPECT_EQ(r.status, 1) << command << " at " << what;
+            EXPECT_EQ(r.err, message) << command;
+            EXPECT_TRUE(r.out.empty()) << command;
+        }
+        const Result info = run("info " + path, dir);
+        EXPECT_EQ(info.status, 0) << what;
+        EXPECT_TRUE(info.err.empty()) << info.err;
+        // The other channels, at their own rates, are analysed as usual.
+        EXPECT_EQ(run("intensity " + path + " --channel 2 --every 1000", dir).status, 0) << what;
+    }
 }

@@ -259,6 +259,20 @@ TEST_F(RecordPlayGui, ShortSignalsAndSelectionsGoOutAsAsked) {
     EXPECT_EQ(played.back(), ch.m_samples[2999]);
 }
 
+// A channel at a rate the sound card cannot be driven at is not played;
+// the message says what is wrong with the rate.
+TEST_F(RecordPlayGui, ARateOutsideTheRangeIsNotPlayed) {
+    fillTone(m_doc, 8000, 2.0);
+    for (const double rate : {0.0, std::nan(""), 1e300}) {
+        m_doc.channel(0).m_rateHz = rate;
+        m_messages.clear();
+        m_feature->playAll();
+        EXPECT_FALSE(m_sim->outputOpen()) << rate;
+        ASSERT_EQ(m_messages.texts().size(), 1u) << rate;
+        EXPECT_EQ(m_messages.texts()[0].rfind("The sample rate of channel 1 (Audio) ", 0), 0u) << m_messages.texts()[0];
+    }
+}
+
 TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     std::map<QString, const ViewCommand*> byText;
     for (const ViewCommand& c : ViewCommandRegistry::instance().commands())
