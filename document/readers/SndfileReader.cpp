@@ -2,10 +2,10 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "AiffReader.h"
 #include "ImportDefaults.h"
@@ -114,12 +114,17 @@ struct SndfileCloser {
 template <typename T, typename Read, typename Convert>
 bool readChosenChannel(SNDFILE* sf, int channels, int chosen, sf_count_t claimedFrames, SampleBlock& out, Read read,
                        Convert convert) {
-    const std::size_t framesPerBlock = std::max<std::size_t>(1, 65536 / static_cast<std::size_t>(channels));
-    std::vector<T> buffer(framesPerBlock * static_cast<std::size_t>(channels));
+    // No larger than the claim, and not cleared: the library writes what it
+    // delivers, and only that is read. (A short file does not pay for a
+    // half-megabyte buffer.)
+    const std::size_t framesPerBlock = std::max<std::size_t>(
+        1, std::min<std::size_t>(65536 / static_cast<std::size_t>(channels),
+                                 static_cast<std::size_t>(std::max<sf_count_t>(claimedFrames, 0))));
+    const auto buffer = std::make_unique_for_overwrite<T[]>(framesPerBlock * static_cast<std::size_t>(channels));
     sf_count_t total = 0;
     while (total < claimedFrames) {
         const sf_count_t want = std::min<sf_count_t>(static_cast<sf_count_t>(framesPerBlock), claimedFrames - total);
-        const sf_count_t got = read(sf, buffer.data(), want);
+        const sf_count_t got = read(sf, buffer.get(), want);
         if (got <= 0) break;
         const std::size_t old = out.size();
         if (!allocateImportSamples(out, old + static_cast<std::size_t>(got))) return false;
