@@ -10,13 +10,14 @@
 #include <vector>
 
 #include "analysis/AnalysisSettings.h"
-#include "document/ChannelAnalysis.h"
 #include "analysis/FftSpectrum.h"
 #include "analysis/LpcSpectrum.h"
 #include "analysis/PitchTrack.h"
 #include "analysis/Spectrogram.h"
 #include "analysis/SpectrumWindow.h"
 #include "cli/CliCommon.h"
+#include "document/ChannelAnalysis.h"
+#include "document/ChannelRate.h"
 #include "document/MessageService.h"
 
 namespace sonmetra::cli {
@@ -84,9 +85,23 @@ int wholeOption(const CliArgs& args, const std::string& name, int fallback, int 
     return v;
 }
 
+// Refuses a channel that no analysis can use, saying what is wrong with it.
+void requireAnalysable(const CChannel& ch, int index) {
+    if (ch.m_samples.empty()) fail("The channel holds no samples.");
+    if (const std::string problem = channelRateProblem(ch, index); !problem.empty()) fail(problem);
+    // Times become sample positions through the duration.
+    if (!std::isfinite(ch.m_durationMs) || !(ch.m_durationMs > 0.0)) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.10g", ch.m_durationMs);
+        fail("The duration of channel " + std::to_string(index + 1) + " is " + text + " ms, which cannot hold its " +
+             std::to_string(ch.m_samples.size()) + " samples.");
+    }
+}
+
 const CChannel& analysedChannel(const CKestruneDoc& doc, const CliArgs& args) {
-    const CChannel& ch = doc.channel(chosenChannel(doc, args));
-    if (ch.m_samples.empty() || !(ch.m_rateHz > 0.0) || !(ch.m_durationMs > 0.0)) fail("The channel holds no samples.");
+    const int index = chosenChannel(doc, args);
+    const CChannel& ch = doc.channel(index);
+    requireAnalysable(ch, index);
     return ch;
 }
 
@@ -442,12 +457,15 @@ int runSpectrogram(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
 
 int runIntensity(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
     requireFiles(args, 1);
-    CChannel& ch = doc.channel(chosenChannel(doc, args));
-    if (ch.m_samples.empty()) fail("The channel holds no samples.");
+    const int index = chosenChannel(doc, args);
+    CChannel& ch = doc.channel(index);
+    requireAnalysable(ch, index);
     ch.m_intensityWindowMs = args.number("window-ms", ch.m_intensityWindowMs);
     ch.m_intensityStepMs = args.number("step-ms", ch.m_intensityStepMs);
     if (!(ch.m_intensityWindowMs > 0.0) || !(ch.m_intensityStepMs > 0.0))
         throw UsageError("--window-ms and --step-ms must be above 0");
+    if (!(ch.m_intensityStepMs * ch.m_rateHz * 0.001 >= 1e-3))
+        throw UsageError("--step-ms must be at least a thousandth of a sample at the channel's rate");
     if (args.flag("normalise")) ch.m_normalise = 1;
     const int every = wholeOption(args, "every", 1, 1, 2000000000);
     ch.m_intensityShown = 1;

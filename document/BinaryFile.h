@@ -9,6 +9,11 @@
 
 namespace sonmetra {
 
+// Opens a path for reading only when it names a regular file, without
+// waiting on a pipe or a device. Returns the descriptor (close-on-exec), or
+// -1 with the reason in `error`.
+int openRegularFileForReading(const std::string& path, std::string& error);
+
 class BinaryFile {
 public:
     BinaryFile() = default;
@@ -16,7 +21,8 @@ public:
     BinaryFile(const BinaryFile&) = delete;
     BinaryFile& operator=(const BinaryFile&) = delete;
 
-    // Opens for reading; false (with errno kept in error()) when it cannot.
+    // Opens a regular file for reading; false, with the reason in error(),
+    // when it cannot or when the path names a pipe, device or folder.
     bool open(const std::string& path);
     void close();
     bool isOpen() const { return m_file != nullptr; }

@@ -99,10 +99,17 @@ std::int32_t truncToInt32(double v) {
     return static_cast<std::int32_t>(std::clamp(std::trunc(v), -2147483648.0, 2147483647.0));
 }
 
-// Reports data that the file does not hold: a message for PC files, a
-// silent abandon for Mac files.
+// Reports sample data that the file does not hold: a message for PC files,
+// a silent abandon for Mac files.
 ReadStatus shortData(bool bigEndian) {
     if (!bigEndian) showMessage(IDS_INCORRECT_DATA_COUNT);
+    return ReadStatus::Abandoned;
+}
+
+// A channel header or label record cut short: reported in either byte
+// order, since the user would otherwise see the open fail without a word.
+ReadStatus shortRecords() {
+    showMessage(IDS_INCORRECT_DATA_COUNT);
     return ReadStatus::Abandoned;
 }
 
@@ -122,7 +129,7 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
     std::uint8_t rec[kvd::kLabelRecordSize];
     for (int i = 0; i < count; ++i) {
         CChannel& c = doc.channel(i);
-        if (!file.readExact(ch, sizeof ch)) return shortData(bigEndian);
+        if (!file.readExact(ch, sizeof ch)) return shortRecords();
         c.m_durationMs = getF64(ch, bigEndian);
         c.m_rateHz = getF64(ch + 8, bigEndian);
         c.m_sampleCount = getF64(ch + 16, bigEndian);
@@ -153,10 +160,10 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
         // allocation of that size.
         c.m_labels.clear();
         if (labelCount < 0 || static_cast<std::uint64_t>(labelCount) * kvd::kLabelRecordSize > file.remaining())
-            return shortData(bigEndian);
+            return shortRecords();
         c.m_labels.reserve(static_cast<std::size_t>(labelCount));
         for (std::int32_t k = 0; k < labelCount; ++k) {
-            if (!file.readExact(rec, sizeof rec)) return shortData(bigEndian);
+            if (!file.readExact(rec, sizeof rec)) return shortRecords();
             c.m_labels.push_back(labelFromRecord(rec, bigEndian));
         }
 
