@@ -15,7 +15,10 @@
 //
 // A workspace is not re-entrant. The plain functions use defaultWorkspace(),
 // one per thread, so a background computation on another thread never shares
-// buffers with the interface thread.
+// buffers with the interface thread. The drivers that share a track among
+// threads give each worker its own workspace, seeded with seedFrom() from the
+// caller's, so that every buffer a frame reads without writing holds what it
+// would hold on the caller's workspace.
 #pragma once
 
 #include <array>
@@ -32,6 +35,9 @@ public:
     AnalysisWorkspace();
     AnalysisWorkspace(const AnalysisWorkspace&) = delete;
     AnalysisWorkspace& operator=(const AnalysisWorkspace&) = delete;
+
+    // Takes over every buffer and record of `other` (the state that carries over).
+    void seedFrom(const AnalysisWorkspace& other);
 
     // Window of n points of the given kind (1 Hamming, otherwise rectangular).
     const double* window(int n, int kind);

@@ -36,12 +36,8 @@ double CepstralPitch(const std::int16_t* samples, double position, double rangeL
     const int L = windowLength < n ? windowLength : n;
 
     double* x = ws.ensure(ws.m_pitchFrame, static_cast<std::size_t>(L) + 16);
-    const long first = static_cast<long>(position);
-    if (position + L + 5 <= rangeLength) {
-        for (long j = first; j < position + L; ++j) x[j - first + 1] = samples[j];
-    } else {
-        for (long j = first; j < rangeLength - position; ++j) x[j - first + 1] = samples[j];
-    }
+    const CepstralFrameCopy copy = CepstralFrameExtent(position, rangeLength, L);
+    for (long j = copy.first; j < copy.stop; ++j) x[j - copy.first + 1] = samples[j];
 
     double* re = ws.m_re.data();
     double* im = ws.m_im.data();

@@ -20,11 +20,29 @@
 // samples is the channel's 16-bit block; position and rangeLength in samples.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "analysis/AnalysisWorkspace.h"
 
 namespace sonmetra {
+
+// The samples step 2 copies: samples[first … stop) into x[1 … stop − first];
+// nothing when stop ≤ first. L is the window length after its limit to fftSize.
+struct CepstralFrameCopy {
+    long first = 0;
+    long stop = 0;
+    bool whole = false;  // the first form: every x[1 … L] is this frame's own
+};
+inline CepstralFrameCopy CepstralFrameExtent(double position, double rangeLength, int L) {
+    CepstralFrameCopy c;
+    c.first = static_cast<long>(position);
+    c.whole = position + L + 5 <= rangeLength;
+    // j < bound for whole numbers j is j < ceil(bound).
+    const double bound = c.whole ? position + L : rangeLength - position;
+    c.stop = static_cast<long>(std::ceil(bound));
+    return c;
+}
 
 double CepstralPitch(const std::int16_t* samples, double position, double rangeLength, double sampleRateHz,
                      double lowF0Hz, double highF0Hz, int fftSize, int windowLength,
