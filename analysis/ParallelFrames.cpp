@@ -51,7 +51,7 @@ public:
     }
     // Reports `done` if it moved on since the last report.
     void report(int done) {
-        if (!m_progress || done == m_reported) return;
+        if (!m_progress || m_cancelled || done == m_reported) return;
         m_reported = done;
         if (!m_progress(done, m_total)) {
             m_cancelled = true;
