@@ -1,8 +1,10 @@
 #include "BinaryFile.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
 
 namespace sonmetra {
 
@@ -16,7 +18,7 @@ bool BinaryFile::open(const std::string& path) {
         m_error = std::strerror(errno);
         return false;
     }
-    struct stat st{};
+    struct stat st {};
     if (fstat(fileno(m_file), &st) != 0 || !S_ISREG(st.st_mode)) {
         m_error = S_ISDIR(st.st_mode) ? "it is a folder" : "not a regular file";
         close();
@@ -49,6 +51,20 @@ std::uint64_t BinaryFile::remaining() const {
 bool BinaryFile::seek(std::uint64_t offset) {
     if (!m_file || offset > m_size) return false;
     return fseeko(m_file, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
+std::size_t BinaryFile::readAt(std::uint64_t offset, void* buffer, std::size_t n) const {
+    if (!m_file) return 0;
+    const int fd = fileno(m_file);
+    auto* p = static_cast<char*>(buffer);
+    std::size_t got = 0;
+    while (got < n) {
+        const ssize_t r = pread(fd, p + got, n - got, static_cast<off_t>(offset + got));
+        if (r < 0 && errno == EINTR) continue;
+        if (r <= 0) break;
+        got += static_cast<std::size_t>(r);
+    }
+    return got;
 }
 
 std::size_t BinaryFile::read(void* buffer, std::size_t n) {

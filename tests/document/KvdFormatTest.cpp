@@ -82,8 +82,8 @@ struct FileBuilder {
         f64(0.0);
         for (std::int32_t v : {1, 1, 0, 0, 0, 0}) i32(v);
         for (std::int32_t v : {0x1234ff, 0x80, 0x7f}) i32(v);  // colour words
-        i32(-20);                                               // font height
-        bytes.resize(bytes.size() + 56, 0xab);                  // rest of the font record
+        i32(-20);                                              // font height
+        bytes.resize(bytes.size() + 56, 0xab);                 // rest of the font record
         text(s, 256);
     }
 };
@@ -165,6 +165,41 @@ TEST_F(KvdFormatTest, BigEndianFileOpensWithSameContentAndSavesLittleEndian) {
         const auto bytes = readBytes(out);
         EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes.data())), "RVM_PC");
         EXPECT_FALSE(doc.needsSaveAs());
+    }
+}
+
+// A channel long enough to be read by several threads (each part converted
+// on its own), followed by a short one that must start where the long one
+// ends; an odd count leaves a tail beyond the eight-sample steps of the swap.
+TEST_F(KvdFormatTest, LongChannelsReadInPartsKeepEverySampleInPlace) {
+    std::vector<std::int16_t> samples(std::size_t{17} * 1024 * 1024 + 13);
+    std::uint32_t x = 5;
+    for (auto& v : samples) {
+        x = x * 1664525u + 1013904223u;
+        v = static_cast<std::int16_t>(x >> 16);
+    }
+    for (bool big : {false, true}) {
+        FileBuilder b{big, {}};
+        b.fileHeader(big ? "RVM_Mac" : "RVM_PC", 2);
+        b.channel(44100.0, samples, 1, "Long");
+        b.channel(500.0, {7, -8, 9}, 0, "After", 1);
+        const std::string path = dir.file("long.kvd");
+        writeBytes(path, b.bytes);
+        CKestruneDoc doc;
+        ASSERT_TRUE(open(doc, path)) << messages.lastText();
+        EXPECT_TRUE(std::equal(samples.begin(), samples.end(), doc.channel(0).m_samples.begin(),
+                               doc.channel(0).m_samples.end()))
+            << big;
+        EXPECT_EQ(doc.channel(1).m_name, "After");
+        EXPECT_EQ(doc.channel(1).m_samples[1], -8);
+        ASSERT_EQ(doc.channel(1).m_labels.size(), 1u);
+
+        // Cut inside the long channel's last part: short data, as before.
+        b.bytes.resize(512 + 248 + samples.size() * 2 - 1000);
+        writeBytes(path, b.bytes);
+        CKestruneDoc cut;
+        messages.clear();
+        EXPECT_FALSE(open(cut, path));
     }
 }
 
