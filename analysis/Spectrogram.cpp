@@ -5,6 +5,7 @@
 #include <new>
 
 #include "analysis/FftSpectrum.h"
+#include "analysis/HugePages.h"
 #include "analysis/LpcSpectrum.h"
 #include "analysis/ParallelFrames.h"
 
@@ -55,6 +56,8 @@ struct ColumnBlocks {
 AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramSettings& settings, int columns,
                                   int points, bool trackFormants, SpectrogramResult& result,
                                   const AnalysisProgress& progress, AnalysisWorkspace& ws) {
+    // The levels of the previous spectrogram are reused when the new ones fit.
+    std::vector<double> levels = std::move(result.levels);
     result = SpectrogramResult{};
     if (columns < 1 || points < 1 || settings.fftSizeIndex < 0 || settings.fftSizeIndex > 7 || !(in.rateHz > 0.0))
         return AnalysisStatus::Failed;
@@ -90,7 +93,8 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
     std::vector<double> pieceTop(static_cast<std::size_t>(plan.pieceCount()), kNoLevel);
     std::vector<char> pieceFound(static_cast<std::size_t>(plan.pieceCount()), 0);
     try {
-        result.levels.assign(static_cast<std::size_t>(columns) * static_cast<std::size_t>(points), 0.0);
+        AssignLarge(levels, static_cast<std::size_t>(columns) * static_cast<std::size_t>(points), 0.0);
+        result.levels = std::move(levels);
         if (trackFormants) result.formants.assign(static_cast<std::size_t>(columns), {0, 0, 0, 0, 0});
         for (std::size_t t = 0; t < blocks.size(); ++t) {
             if (t == 0) {
