@@ -76,7 +76,7 @@ double CepstralPitch(const std::int16_t* samples, double position, double rangeL
             tx[t + 1] = t;
             ty[t + 1] = c[lo + t];
         }
-        Spline(tx, ty, count, kNaturalSplineEnd, kNaturalSplineEnd, ty2);
+        NaturalSplineOnUnitGrid(ty, count, ty2);
         const double tenth = static_cast<double>(count) / static_cast<double>(10 * count);
         detail::SplineValuesOnUnitGrid(ty, ty2, count, tenth, 10 * count, fine + lo10);
     }

@@ -39,7 +39,7 @@ int FftSpectrum(double* samples, int n, double preEmphasis, int windowKind, int 
         x[k] = k - 1;
         y[k] = samples[k - 1];
     }
-    Spline(x, y, bins, kNaturalSplineEnd, kNaturalSplineEnd, y2);
+    NaturalSplineOnUnitGrid(y, bins, y2);
     const double step = (maxFrequencyHz / (sampleRateHz * 0.5)) * (n * 0.5) / nPoints;
     if (step >= 0.0) {
         detail::SplineValuesOnUnitGrid(y, y2, bins, step, nPoints, samples);

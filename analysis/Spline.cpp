@@ -53,6 +53,33 @@ void Spline(const double* x, const double* y, int n, double yp1, double ypn, dou
     for (int k = n - 1; k >= 1; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
 }
 
+void NaturalSplineOnUnitGrid(const double* y, int n, double* y2) {
+    if (n < 1) return;
+    std::unique_ptr<double[]> u(new (std::nothrow) double[static_cast<std::size_t>(n) + 1]);
+    if (!u) {
+        if (failureNotice()) failureNotice()();
+        return;
+    }
+    // With x[i] − x[i−1] = 1 and x[i+1] − x[i−1] = 2: sig = 0.5, a division by
+    // 1 changes nothing, and halving by multiplying with 0.5 rounds as dividing
+    // by 2 does. Everything else is Spline's arithmetic in Spline's order.
+    u[0] = 0.0;
+    y2[1] = u[1] = 0.0;
+    for (int i = 2; i <= n - 1; ++i) {
+        const double p = 0.5 * y2[i - 1] + 2.0;
+        y2[i] = -0.5 / p;
+        const double d = (y[i + 1] - y[i]) - (y[i] - y[i - 1]);
+        u[i] = ((6.0 * d) * 0.5 - 0.5 * u[i - 1]) / p;
+    }
+    constexpr double qn = 0.0, un = 0.0;
+    if (n >= 2) {
+        y2[n] = (un - qn * u[n - 1]) / (qn * y2[n - 1] + 1.0);
+    } else {
+        y2[n] = 0.0;
+    }
+    for (int k = n - 1; k >= 1; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
+}
+
 int SplineValue(const double* x, const double* y, const double* y2, int n, double at, double& result) {
     int klo = 1, khi = n;
     if (n - 1 >= 2) {

@@ -23,6 +23,11 @@ inline constexpr double kNaturalSplineEnd = 1e30;
 void Spline(const double* x, const double* y, int n, double yp1, double ypn, double* y2);
 int SplineValue(const double* x, const double* y, const double* y2, int n, double at, double& result);
 
+// Spline(x, y, n, 1e30, 1e30, y2) for the abscissas x[k] = k − 1 of the
+// spectra and the cepstrum: the same numbers (the general form's divisions
+// by the unit and double intervals are exact and left out), without reading x.
+void NaturalSplineOnUnitGrid(const double* y, int n, double* y2);
+
 // Runs when the spline's work array cannot be allocated; the default writes a
 // bell to the standard error stream. The workstation installs its beep and
 // empty message box.
