@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include "TestSignals.h"
@@ -55,18 +57,45 @@ void literalFft(double* re, double* im, int m) {
     }
 }
 
+// Both vector paths (AVX2 where the processor has it, and SSE2), the gathered
+// first stages of the sizes up to 4096 and the in-place swaps beyond.
 TEST(Fft, GivesExactlyTheNumbersOfTheStageRecurrence) {
-    for (int m = 1; m <= 12; ++m) {
-        const int n = 1 << m;
-        auto re = test::noise(n, 11u + m), im = test::noise(n, 97u + m);
-        auto re2 = re, im2 = im;
-        Fft(re.data(), im.data(), m);
-        literalFft(re2.data(), im2.data(), m);
-        for (int i = 0; i < n; ++i) {
-            ASSERT_EQ(re[i], re2[i]) << "m=" << m << " i=" << i;
-            ASSERT_EQ(im[i], im2[i]) << "m=" << m << " i=" << i;
+    for (const bool avx2 : {true, false}) {
+        detail::FftUseAvx2(avx2);
+        for (int m = 1; m <= 14; ++m) {
+            const int n = 1 << m;
+            auto re = test::noise(n, 11u + m), im = test::noise(n, 97u + m);
+            auto re2 = re, im2 = im;
+            Fft(re.data(), im.data(), m);
+            literalFft(re2.data(), im2.data(), m);
+            ASSERT_EQ(std::memcmp(re.data(), re2.data(), sizeof(double) * n), 0) << "m=" << m << " avx2 " << avx2;
+            ASSERT_EQ(std::memcmp(im.data(), im2.data(), sizeof(double) * n), 0) << "m=" << m << " avx2 " << avx2;
         }
     }
+    detail::FftUseAvx2(true);
+}
+
+// The outputs a caller asks for are Fft's to the bit, for ranges in either
+// quarter and across the middle; other ranges and small sizes run the whole.
+TEST(Fft, FirstHalfOutputsAreThoseOfTheWholeTransform) {
+    for (const bool avx2 : {true, false}) {
+        detail::FftUseAvx2(avx2);
+        for (int m = 4; m <= 12; ++m) {
+            const int n = 1 << m, half = n / 2;
+            for (const auto& [from, to] : {std::pair{0, half}, std::pair{1, 2}, std::pair{half / 8, half / 2 - 3},
+                                           std::pair{half / 2, half}, std::pair{half / 4, 3 * half / 4 + 1}}) {
+                auto re = test::noise(n, 3u + m), im = test::noise(n, 7u + m);
+                auto whole = re, wholeIm = im;
+                Fft(whole.data(), wholeIm.data(), m);
+                FftFirstHalf(re.data(), im.data(), m, from, to);
+                for (int k = from; k < to; ++k) {
+                    ASSERT_EQ(std::memcmp(&re[k], &whole[k], sizeof(double)), 0) << m << " " << from << " " << k;
+                    ASSERT_EQ(std::memcmp(&im[k], &wholeIm[k], sizeof(double)), 0) << m << " " << from << " " << k;
+                }
+            }
+        }
+    }
+    detail::FftUseAvx2(true);
 }
 
 TEST(Fft, AgreesWithDirectDftWithNegativeExponentAndNoScaling) {
