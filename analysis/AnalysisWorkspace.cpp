@@ -34,6 +34,10 @@ void AnalysisWorkspace::seedFrom(const AnalysisWorkspace& other) {
     m_pitchX = other.m_pitchX;
     m_pitchY = other.m_pitchY;
     m_pitchY2 = other.m_pitchY2;
+    m_fineGroups = other.m_fineGroups;
+    m_fineGroupsPoints = other.m_fineGroupsPoints;
+    m_fineGroupsStep = other.m_fineGroupsStep;
+    m_fineBounds = other.m_fineBounds;
     m_acRe = other.m_acRe;
     m_acIm = other.m_acIm;
     m_acWindow = other.m_acWindow;

@@ -67,6 +67,13 @@ public:
     std::vector<double> m_cepstrum;    // power cepstrum c[0..]
     std::vector<double> m_fine;        // cepstrum at tenths of a bin
     std::vector<double> m_pitchX, m_pitchY, m_pitchY2;
+    // Where the fine points of each spline interval begin, for the point count
+    // and step they were found for (a cache: the same for every frame of a
+    // track), and each interval's bound, rewritten by every frame.
+    std::vector<int> m_fineGroups;
+    int m_fineGroupsPoints = -1;
+    double m_fineGroupsStep = 0.0;
+    std::vector<double> m_fineBounds;
 
     // Autocorrelation pitch estimator.
     std::vector<double> m_acRe, m_acIm, m_acWindow, m_acWindowCorrelation;

@@ -48,4 +48,17 @@ double CepstralPitch(const std::int16_t* samples, double position, double rangeL
                      double lowF0Hz, double highF0Hz, int fftSize, int windowLength,
                      AnalysisWorkspace& ws = defaultWorkspace());
 
+// What a call leaves in the workspace besides its answer. Complete: every
+// buffer as the steps above leave it. ForNextFrame, for a frame whose
+// successor runs on the same workspace: the answer is the same, and so is
+// everything a later frame reads (the frame array, the cepstrum, the fine
+// entries the spline never writes), but the spline's fine entries are not
+// written and the work arrays do not hold the whole second transform, which
+// spares the evaluation of most of the spline and part of that transform.
+enum class CepstralState { Complete, ForNextFrame };
+
+double CepstralPitch(const std::int16_t* samples, double position, double rangeLength, double sampleRateHz,
+                     double lowF0Hz, double highF0Hz, int fftSize, int windowLength, AnalysisWorkspace& ws,
+                     CepstralState state);
+
 }  // namespace sonmetra

@@ -65,6 +65,42 @@ inline int SplineValueOnUnitGrid(const double* y, const double* y2, int n, doubl
     return 0;
 }
 
+// The points j·step (step ≥ 0) of a unit-grid table of n ≥ 3 points, taken
+// an interval at a time: the points [begin, end) all lie in interval klo
+// (between abscissas klo − 1 and klo; the last interval also takes the points
+// beyond it, which extrapolate). Values as SplineValueOnUnitGrid gives them.
+struct UnitGridIntervals {
+    const double* y;
+    const double* y2;
+    int n;
+    double step;
+    int count;
+
+    int interval(int j) const {
+        const int k = static_cast<int>(j * step) + 1;
+        return k > n - 1 ? n - 1 : k;
+    }
+    // The first point after `begin` in a later interval than begin's (or count).
+    // The intervals never decrease with j, so an estimate from the step is
+    // corrected by looking at its neighbours only.
+    int groupEnd(int begin, int klo) const {
+        if (klo >= n - 1 || !(step > 0.0)) return count;
+        const double guess = static_cast<double>(klo) / step;
+        int end = guess >= static_cast<double>(count) ? count : static_cast<int>(guess);
+        if (end <= begin) end = begin + 1;
+        while (end < count && interval(end) <= klo) ++end;
+        while (end > begin + 1 && interval(end - 1) > klo) --end;
+        return end;
+    }
+    // The value at point j of interval klo.
+    double value(int j, int klo) const {
+        const double at = j * step;
+        const double a = static_cast<double>(klo) - at;
+        const double b = at - static_cast<double>(klo - 1);
+        return a * y[klo] + b * y[klo + 1] + ((a * a * a - a) * y2[klo] + (b * b * b - b) * y2[klo + 1]) / 6.0;
+    }
+};
+
 // out[j] = the value at j·step, j = 0 .. count − 1 (step ≥ 0), on the same unit
 // grid table, exactly as SplineValueOnUnitGrid gives it. A zero-width interval
 // (a table of one point) leaves the running value as it was, starting from
@@ -79,14 +115,10 @@ inline void SplineValuesOnUnitGrid(const double* y, const double* y2, int n, dou
         }
         return;
     }
-    const auto interval = [&](int j) {
-        const int k = static_cast<int>(j * step) + 1;
-        return k > n - 1 ? n - 1 : k;
-    };
+    const UnitGridIntervals g{y, y2, n, step, count};
     for (int i = 0; i < count;) {
-        const int klo = interval(i);
-        int end = i + 1;
-        while (end < count && interval(end) == klo) ++end;
+        const int klo = g.interval(i);
+        const int end = g.groupEnd(i, klo);
         const double ylo = y[klo], yhi = y[klo + 1], dlo = y2[klo], dhi = y2[klo + 1];
         const double xlo = static_cast<double>(klo - 1), xhi = static_cast<double>(klo);
         for (int j = i; j < end; ++j) {
