@@ -115,6 +115,7 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
     result.points = points;
     const std::int16_t* s = in.samples;
 
+    const bool direct = points >= n + 10;
     const auto piece = [&](int slot, int index, int begin, int end, FrameCounter& counter) {
         ColumnBlocks& b = blocks[static_cast<std::size_t>(slot)];
         std::vector<double>& column = b.column;
@@ -125,16 +126,19 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
             const long first = static_cast<long>(pos);
             const bool whole = n + pos + 10 <= total;
             const long stop = whole ? static_cast<long>(n + pos + 10) : static_cast<long>(total - pos);
+            // The column's own place in the result serves as its block when it
+            // holds the samples the copy writes.
+            double* const place = result.levels.data() + static_cast<std::size_t>(i) * static_cast<std::size_t>(points);
+            double* const block = direct ? place : column.data();
             // A short copy leaves the rest of the block as a fresh, zeroed column
             // block would hold it. A whole copy covers every value the transform reads.
-            if (!whole) std::fill(column.begin(), column.end(), 0.0);
-            for (long j = first; j < stop; ++j) column[static_cast<std::size_t>(j - first)] = s[j];
-            if (FftSpectrum(column.data(), n, settings.preEmphasis, 1, 1, points, settings.frequencyRangeHz, in.rateHz,
+            if (!whole) std::fill(block, block + (direct ? points : column.size()), 0.0);
+            for (long j = first; j < stop; ++j) block[j - first] = s[j];
+            if (FftSpectrum(block, n, settings.preEmphasis, 1, 1, points, settings.frequencyRangeHz, in.rateHz,
                             *b.ws) != 0)
                 return false;
-            std::copy(column.begin(), column.begin() + points,
-                      result.levels.begin() + static_cast<std::ptrdiff_t>(i) * points);
-            const double columnTop = largestAbove(column.data(), points, kNoLevel);
+            if (!direct) std::copy(column.begin(), column.begin() + points, place);
+            const double columnTop = largestAbove(place, points, kNoLevel);
             if (columnTop > top) top = columnTop;
 
             if (trackFormants) {
