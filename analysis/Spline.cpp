@@ -99,4 +99,40 @@ int SplineValue(const double* x, const double* y, const double* y2, int n, doubl
     return 0;
 }
 
+namespace detail {
+
+__attribute__((target_clones("avx2", "default"))) void SplineValuesOnUnitGrid(const double* y, const double* y2, int n,
+                                                                              double step, int count, double* out,
+                                                                              double value) {
+    if (n < 3) {
+        for (int j = 0; j < count; ++j) {
+            SplineValueOnUnitGrid(y, y2, n, j * step, value);
+            out[j] = value;
+        }
+        return;
+    }
+    constexpr int kBlock = 64;
+    double at[kBlock], xhi[kBlock], ylo[kBlock], yhi[kBlock], dlo[kBlock], dhi[kBlock];
+    for (int base = 0; base < count; base += kBlock) {
+        const int len = count - base < kBlock ? count - base : kBlock;
+        for (int i = 0; i < len; ++i) {
+            at[i] = (base + i) * step;
+            int klo = static_cast<int>(at[i]) + 1;
+            if (klo > n - 1) klo = n - 1;
+            xhi[i] = static_cast<double>(klo);
+            ylo[i] = y[klo];
+            yhi[i] = y[klo + 1];
+            dlo[i] = y2[klo];
+            dhi[i] = y2[klo + 1];
+        }
+        for (int i = 0; i < len; ++i) {
+            const double a = xhi[i] - at[i];
+            const double b = at[i] - (xhi[i] - 1.0);
+            out[base + i] = a * ylo[i] + b * yhi[i] + ((a * a * a - a) * dlo[i] + (b * b * b - b) * dhi[i]) / 6.0;
+        }
+    }
+}
+
+}  // namespace detail
+
 }  // namespace sonmetra
