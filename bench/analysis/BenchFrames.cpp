@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "BuildContext.h"
 #include "VowelSynth.h"
 #include "analysis/AutocorrelationPitch.h"
 #include "analysis/CepstralPitch.h"
@@ -58,8 +59,8 @@ void BM_CepstralFrame(benchmark::State& state) {
     sonmetra::AnalysisWorkspace ws;
     double at = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(sonmetra::CepstralPitch(s.data(), at, static_cast<double>(s.size()), kRate, 50,
-                                                         500, 1024, 385, ws, mode));
+        benchmark::DoNotOptimize(
+            sonmetra::CepstralPitch(s.data(), at, static_cast<double>(s.size()), kRate, 50, 500, 1024, 385, ws, mode));
         at = at + 110.25 > 4000 ? 0 : at + 110.25;
     }
 }
@@ -82,4 +83,10 @@ BENCHMARK(BM_AutocorrelationFrame);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    sonmetra::bench::AddBuildContext();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "BuildContext.h"
 #include "LongRecording.h"
 #include "analysis/PitchTrack.h"
 #include "analysis/Spectrogram.h"
@@ -119,4 +120,10 @@ BENCHMARK(BM_Spectrogram)
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    sonmetra::bench::AddBuildContext();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
