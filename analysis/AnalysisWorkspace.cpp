@@ -20,6 +20,7 @@ void AnalysisWorkspace::seedFrom(const AnalysisWorkspace& other) {
     m_splineX = other.m_splineX;
     m_splineY = other.m_splineY;
     m_splineY2 = other.m_splineY2;
+    m_spectraTables = other.m_spectraTables;
     m_lpc = other.m_lpc;
     m_formants = other.m_formants;
     // The most recent formant record is this workspace's own record, if any.

@@ -53,6 +53,8 @@ public:
 
     // Spline tables (1-based) of FftSpectrum and LpcSpectrum.
     std::vector<double> m_splineX, m_splineY, m_splineY2;
+    // FftSpectra's tables of its first three blocks (y and y2 of each).
+    std::vector<double> m_spectraTables;
 
     LpcRecord m_lpc;
     FormantRecord m_formants;

@@ -145,7 +145,8 @@ AnalysisStatus ComputePitchTrack(const PitchTrackInput& in, PitchSettings& setti
                 // Only the track's last frame leaves the workspace complete: every
                 // other frame's buffers are overwritten by a later frame.
                 f0 = CepstralPitch(in.samples, position, rangeLength, in.rateHz, settings.lowHz, settings.highHz,
-                                   fftSize, L, w, i + 1 == frames ? CepstralState::Complete : CepstralState::ForNextFrame);
+                                   fftSize, L, w,
+                                   i + 1 == frames ? CepstralState::Complete : CepstralState::ForNextFrame);
                 if (f0 == -1.0) return false;
             } else {
                 f0 = AutocorrelationPitch(in.samples, in.startSample, in.endSample, position, L, in.rateHz,

@@ -47,7 +47,7 @@ LpcCopy lpcCopy(double pos, int lpcLength, double total) {
 struct ColumnBlocks {
     AnalysisWorkspace* ws = nullptr;
     std::unique_ptr<AnalysisWorkspace> own;
-    std::vector<double> column;
+    std::array<std::vector<double>, 4> columns;  // blocks of columns made away from their place
     std::vector<double> lpc;
 };
 
@@ -104,7 +104,7 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
                 blocks[t].own->seedFrom(ws);
                 blocks[t].ws = blocks[t].own.get();
             }
-            blocks[t].column.assign(columnSize, 0.0);
+            for (auto& c : blocks[t].columns) c.assign(columnSize, 0.0);
             if (trackFormants) blocks[t].lpc.assign(lpcSize, 0.0);
         }
     } catch (const std::bad_alloc&) {
@@ -116,50 +116,67 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
     const std::int16_t* s = in.samples;
 
     const bool direct = points >= n + 10;
+    // Column i's block: its own place in the result when that holds the
+    // samples the copy writes, otherwise one of the slot's blocks. A short
+    // copy leaves the rest of the block as a fresh, zeroed column block would
+    // hold it; a whole copy covers every value the transform reads.
+    const auto fillBlock = [&](int i, double* block, std::size_t blockSize) {
+        const double pos = i * step + in.startSample;
+        const long first = static_cast<long>(pos);
+        const bool whole = n + pos + 10 <= total;
+        const long stop = whole ? static_cast<long>(n + pos + 10) : static_cast<long>(total - pos);
+        if (!whole) std::fill(block, block + blockSize, 0.0);
+        for (long j = first; j < stop; ++j) block[j - first] = s[j];
+    };
+    const auto place = [&](int i) {
+        return result.levels.data() + static_cast<std::size_t>(i) * static_cast<std::size_t>(points);
+    };
+    const auto formantsOf = [&](int i, ColumnBlocks& b) {
+        const LpcCopy copy = lpcCopy(i * step + in.startSample, lpcLength, total);
+        for (long j = copy.first; j < copy.stop; ++j) b.lpc[static_cast<std::size_t>(j - copy.first)] = s[j];
+        LpcSpectrum(b.lpc.data(), order, lpcLength, settings.preEmphasis, 1, 0, columns, settings.frequencyRangeHz,
+                    in.rateHz, 1, 1, *b.ws);
+        const FormantRecord* rec = LastFormants(*b.ws);
+        auto& frame = result.formants[static_cast<std::size_t>(i)];
+        bool found = false;
+        for (int k = 0; k < 5; ++k) {
+            const double f = rec ? rec->frequency[k] : 0.0;
+            const double bw = rec ? rec->bandwidth[k] : 0.0;
+            if ((f + 0.5) / (bw + 0.5) > 1.0) {
+                frame[static_cast<std::size_t>(k)] = static_cast<std::int16_t>(f);
+                found = true;
+            } else {
+                frame[static_cast<std::size_t>(k)] = 0;
+            }
+        }
+        return found;
+    };
     const auto piece = [&](int slot, int index, int begin, int end, FrameCounter& counter) {
         ColumnBlocks& b = blocks[static_cast<std::size_t>(slot)];
-        std::vector<double>& column = b.column;
         double top = kNoLevel;
         bool found = false;
-        for (int i = begin; i < end; ++i) {
-            const double pos = i * step + in.startSample;
-            const long first = static_cast<long>(pos);
-            const bool whole = n + pos + 10 <= total;
-            const long stop = whole ? static_cast<long>(n + pos + 10) : static_cast<long>(total - pos);
-            // The column's own place in the result serves as its block when it
-            // holds the samples the copy writes.
-            double* const place = result.levels.data() + static_cast<std::size_t>(i) * static_cast<std::size_t>(points);
-            double* const block = direct ? place : column.data();
-            // A short copy leaves the rest of the block as a fresh, zeroed column
-            // block would hold it. A whole copy covers every value the transform reads.
-            if (!whole) std::fill(block, block + (direct ? points : column.size()), 0.0);
-            for (long j = first; j < stop; ++j) block[j - first] = s[j];
-            if (FftSpectrum(block, n, settings.preEmphasis, 1, 1, points, settings.frequencyRangeHz, in.rateHz,
-                            *b.ws) != 0)
-                return false;
-            if (!direct) std::copy(column.begin(), column.begin() + points, place);
-            const double columnTop = largestAbove(place, points, kNoLevel);
-            if (columnTop > top) top = columnTop;
-
-            if (trackFormants) {
-                const LpcCopy copy = lpcCopy(pos, lpcLength, total);
-                for (long j = copy.first; j < copy.stop; ++j) b.lpc[static_cast<std::size_t>(j - copy.first)] = s[j];
-                LpcSpectrum(b.lpc.data(), order, lpcLength, settings.preEmphasis, 1, 0, columns,
-                            settings.frequencyRangeHz, in.rateHz, 1, 1, *b.ws);
-                const FormantRecord* rec = LastFormants(*b.ws);
-                auto& frame = result.formants[static_cast<std::size_t>(i)];
-                for (int k = 0; k < 5; ++k) {
-                    const double f = rec ? rec->frequency[k] : 0.0;
-                    const double bw = rec ? rec->bandwidth[k] : 0.0;
-                    if ((f + 0.5) / (bw + 0.5) > 1.0) {
-                        frame[static_cast<std::size_t>(k)] = static_cast<std::int16_t>(f);
-                        found = true;
-                    } else {
-                        frame[static_cast<std::size_t>(k)] = 0;
-                    }
-                }
+        bool going = true;
+        // Four columns' spectra at a time where four are left, then each
+        // column's maximum and formants in order.
+        for (int i = begin; i < end && going;) {
+            const int group = end - i >= 4 ? 4 : 1;
+            double* blocksOf[4];
+            for (int g = 0; g < group; ++g) {
+                blocksOf[g] = direct ? place(i + g) : b.columns[static_cast<std::size_t>(g)].data();
+                fillBlock(i + g, blocksOf[g], direct ? static_cast<std::size_t>(points) : columnSize);
             }
-            if (!counter.frameDone()) break;
+            const int answer = group == 4 ? FftSpectra(blocksOf, n, settings.preEmphasis, 1, points,
+                                                       settings.frequencyRangeHz, in.rateHz, *b.ws)
+                                          : FftSpectrum(blocksOf[0], n, settings.preEmphasis, 1, 1, points,
+                                                        settings.frequencyRangeHz, in.rateHz, *b.ws);
+            if (answer != 0) return false;
+            for (int g = 0; g < group && going; ++g, ++i) {
+                if (!direct) std::copy(blocksOf[g], blocksOf[g] + points, place(i));
+                const double columnTop = largestAbove(place(i), points, kNoLevel);
+                if (columnTop > top) top = columnTop;
+                if (trackFormants && formantsOf(i, b)) found = true;
+                going = counter.frameDone();
+            }
         }
         pieceTop[static_cast<std::size_t>(index)] = top;
         pieceFound[static_cast<std::size_t>(index)] = found ? 1 : 0;

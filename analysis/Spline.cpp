@@ -80,6 +80,49 @@ void NaturalSplineOnUnitGrid(const double* y, int n, double* y2) {
     for (int k = n - 1; k >= 1; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
 }
 
+__attribute__((target_clones("avx2", "default"))) void NaturalSplinesOnUnitGrid(const double* const y[4], int n,
+                                                                                double* const y2[4]) {
+    if (n < 3) {
+        for (int l = 0; l < 4; ++l) NaturalSplineOnUnitGrid(y[l], n, y2[l]);
+        return;
+    }
+    // The tables side by side, element i of table l at [4i + l]: values,
+    // the work array u, and the second derivatives.
+    const std::size_t size = 4 * (static_cast<std::size_t>(n) + 1);
+    std::unique_ptr<double[]> work(new (std::nothrow) double[3 * size]);
+    if (!work) {
+        for (int l = 0; l < 4; ++l)
+            if (failureNotice()) failureNotice()();
+        return;
+    }
+    double* const v = work.get();
+    double* const u = v + size;
+    double* const w = u + size;
+    for (int i = 1; i <= n; ++i)
+        for (int l = 0; l < 4; ++l) v[4 * i + l] = y[l][i];
+    for (int l = 0; l < 4; ++l) {
+        u[l] = 0.0;
+        w[4 + l] = u[4 + l] = 0.0;
+    }
+    // As in NaturalSplineOnUnitGrid; p depends on i alone, the same for every table.
+    double previous = 0.0;  // y2[i − 1] before the back-substitution
+    for (int i = 2; i <= n - 1; ++i) {
+        const double p = 0.5 * previous + 2.0;
+        previous = -0.5 / p;
+        for (int l = 0; l < 4; ++l) {
+            const double d = (v[4 * (i + 1) + l] - v[4 * i + l]) - (v[4 * i + l] - v[4 * (i - 1) + l]);
+            w[4 * i + l] = previous;
+            u[4 * i + l] = ((6.0 * d) * 0.5 - 0.5 * u[4 * (i - 1) + l]) / p;
+        }
+    }
+    constexpr double qn = 0.0, un = 0.0;
+    for (int l = 0; l < 4; ++l) w[4 * n + l] = (un - qn * u[4 * (n - 1) + l]) / (qn * w[4 * (n - 1) + l] + 1.0);
+    for (int k = n - 1; k >= 1; --k)
+        for (int l = 0; l < 4; ++l) w[4 * k + l] = w[4 * k + l] * w[4 * (k + 1) + l] + u[4 * k + l];
+    for (int i = 1; i <= n; ++i)
+        for (int l = 0; l < 4; ++l) y2[l][i] = w[4 * i + l];
+}
+
 int SplineValue(const double* x, const double* y, const double* y2, int n, double at, double& result) {
     int klo = 1, khi = n;
     if (n - 1 >= 2) {

@@ -28,6 +28,11 @@ int SplineValue(const double* x, const double* y, const double* y2, int n, doubl
 // by the unit and double intervals are exact and left out), without reading x.
 void NaturalSplineOnUnitGrid(const double* y, int n, double* y2);
 
+// NaturalSplineOnUnitGrid of four tables of n points at once, the same numbers
+// for each: the four solves advance side by side, so that the divisions of
+// one do not wait for those of another.
+void NaturalSplinesOnUnitGrid(const double* const y[4], int n, double* const y2[4]);
+
 // Runs when the spline's work array cannot be allocated; the default writes a
 // bell to the standard error stream. The workstation installs its beep and
 // empty message box.
