@@ -207,6 +207,33 @@ TEST(FftSpectrum, ResamplingFollowsTheSplineThroughTheBins) {
     for (int j = 0; j < 128; j += 2) EXPECT_NEAR(half[j], bins[j / 2], 1e-9) << j;
 }
 
+// Four spectra at once are four FftSpectrum calls, to the bit, and leave the
+// workspace's spline tables as the last call does; also for tables too short
+// for a spline, silent blocks and a range beyond the last bin.
+TEST(FftSpectrum, FourBlocksAtOnceAreFourSpectra) {
+    for (const int n : {2, 4, 32, 128, 1024}) {
+        for (const auto& [points, rangeHz] : {std::pair{256, 5000}, std::pair{7, 5512}, std::pair{300, 6000}}) {
+            std::vector<std::vector<double>> one(4), four(4);
+            for (int l = 0; l < 4; ++l) {
+                one[l] = test::noise(std::max(n + 1, points) + 4, 31u * n + l);
+                for (auto& v : one[l]) v *= 3000.0;
+                if (l == 2) std::fill(one[l].begin(), one[l].end(), 0.0);
+                four[l] = one[l];
+            }
+            AnalysisWorkspace single, batch;
+            for (auto& block : one) FftSpectrum(block.data(), n, 0.97, 1, 1, points, rangeHz, 11025.0, single);
+            double* blocks[4] = {four[0].data(), four[1].data(), four[2].data(), four[3].data()};
+            ASSERT_EQ(FftSpectra(blocks, n, 0.97, 1, points, rangeHz, 11025.0, batch), 0);
+            for (int l = 0; l < 4; ++l)
+                ASSERT_EQ(std::memcmp(one[l].data(), four[l].data(), sizeof(double) * one[l].size()), 0)
+                    << n << " " << points << " " << l;
+            const std::size_t tables = static_cast<std::size_t>(n / 2) + 1;
+            EXPECT_EQ(std::memcmp(single.m_splineY2.data(), batch.m_splineY2.data(), sizeof(double) * tables), 0);
+            EXPECT_EQ(std::memcmp(single.m_re.data(), batch.m_re.data(), sizeof(double) * n), 0);
+        }
+    }
+}
+
 TEST(FftSpectrum, SizeLabelCutsTheBinWidth) {
     EXPECT_EQ(FftSizeLabel(0, 10000.0), "  312  Hz  (  32 pts)");
     EXPECT_EQ(FftSizeLabel(3, 11025.0), "  43  Hz   ( 256 pts)");

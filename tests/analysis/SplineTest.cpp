@@ -100,6 +100,18 @@ TEST(Spline, UnitGridConstructionEqualsTheGeneralOne) {
             Spline(x.data(), y.data(), n, kNaturalSplineEnd, kNaturalSplineEnd, general.data());
             NaturalSplineOnUnitGrid(y.data(), n, unit.data());
             ASSERT_EQ(std::memcmp(general.data() + 1, unit.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
+            // Four tables side by side: each as alone (here one table four times
+            // beside three others).
+            std::vector<double> other(y.size());
+            for (std::size_t k = 1; k < y.size(); ++k) other[k] = y[y.size() - k] * 0.5;
+            std::vector<std::vector<double>> side(4, std::vector<double>(n + 1, -1.0));
+            const double* tables[4] = {y.data(), other.data(), y.data(), other.data()};
+            double* results[4] = {side[0].data(), side[1].data(), side[2].data(), side[3].data()};
+            NaturalSplinesOnUnitGrid(tables, n, results);
+            ASSERT_EQ(std::memcmp(side[2].data() + 1, unit.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
+            std::vector<double> alone(n + 1);
+            NaturalSplineOnUnitGrid(other.data(), n, alone.data());
+            ASSERT_EQ(std::memcmp(side[1].data() + 1, alone.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
         }
     }
 }
