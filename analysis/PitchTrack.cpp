@@ -1,5 +1,6 @@
 #include "analysis/PitchTrack.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <new>
@@ -14,25 +15,45 @@ namespace {
 
 constexpr int kFramesPerPiece = 32;
 
-// Brings the cepstral frame array x of `ws` to the state frames 0 … a−1 leave
-// it in. Each frame copies into a prefix x[1 … count], so x[t] holds the
-// sample of the latest frame whose prefix reaches t: walking back from frame
-// a−1, every frame adds the part of its prefix beyond those of the later
-// frames. Whole frames (all before the first short one) reach L or L + 1, so
-// once among them the walk ends as soon as L + 1 is covered.
-void restoreFrameArray(const PitchTrackInput& in, double step, double rangeLength, int L, int a,
-                       AnalysisWorkspace& ws) {
-    double* x = ws.ensure(ws.m_pitchFrame, static_cast<std::size_t>(L) + 16);
-    long covered = 0;
-    for (int i = a - 1; i >= 0; --i) {
-        const double position = i * step + in.startSample;
-        const CepstralFrameCopy copy = CepstralFrameExtent(position, rangeLength, L);
-        const long count = copy.stop - copy.first;
-        for (long t = covered; t < count; ++t) x[t + 1] = in.samples[copy.first + t];
-        if (count > covered) covered = count;
-        if (copy.whole && covered >= L + 1) break;
+// How the frames of a cepstral track copy into the frame array x. Each frame
+// copies into a prefix x[1 … count]. The whole frames (all before the first
+// short one) reach L or L + 1 (L + 1 from a position with a fraction); the
+// short ones reach less the later they lie, and from some frame on nothing.
+struct FrameCopies {
+    const PitchTrackInput& in;
+    double step;
+    double rangeLength;
+    int L;
+    int firstEmpty;       // from this frame on no frame copies anything
+    bool wholePositions;  // every position a whole number: no whole frame reaches L + 1
+
+    CepstralFrameCopy at(int i) const { return CepstralFrameExtent(i * step + in.startSample, rangeLength, L); }
+
+    FrameCopies(const PitchTrackInput& input, double stepSamples, double length, int windowLength, int frames)
+        : in(input), step(stepSamples), rangeLength(length), L(windowLength), firstEmpty(frames) {
+        while (firstEmpty > 0) {
+            const CepstralFrameCopy c = at(firstEmpty - 1);
+            if (c.whole || c.stop > c.first) break;
+            --firstEmpty;
+        }
+        wholePositions = step == std::floor(step) && in.startSample == std::floor(in.startSample);
     }
-}
+
+    // Brings x to the state frames 0 … a−1 leave it in: x[t] holds the sample
+    // of the latest frame whose prefix reaches t. Walking back from frame a−1,
+    // every frame adds the part of its prefix beyond those of the later frames,
+    // until among the whole frames nothing further can come.
+    void restore(int a, double* x) const {
+        long covered = 0;
+        for (int i = std::min(a, firstEmpty) - 1; i >= 0; --i) {
+            const CepstralFrameCopy copy = at(i);
+            const long count = copy.stop - copy.first;
+            for (long t = covered; t < count; ++t) x[t + 1] = in.samples[copy.first + t];
+            if (count > covered) covered = count;
+            if (copy.whole && (covered >= L + 1 || (covered >= L && wholePositions))) break;
+        }
+    }
+};
 
 // The largest of a and b, b only when strictly larger: the rule of the power
 // gate's running maximum, which gives the same value (the same bits) whether
@@ -123,6 +144,7 @@ AnalysisStatus ComputePitchTrack(const PitchTrackInput& in, PitchSettings& setti
 
     const bool cepstral = settings.method == PitchMethod::Cepstral;
     const int cepstralL = L < fftSize ? L : fftSize;
+    const FrameCopies copies(in, step, rangeLength, cepstralL, cepstral ? frames : 0);
     FramePlan plan;
     plan.count = frames;
     plan.chunkFrames = kFramesPerPiece;
@@ -136,7 +158,8 @@ AnalysisStatus ComputePitchTrack(const PitchTrackInput& in, PitchSettings& setti
     const auto piece = [&](int slot, int index, int begin, int end, FrameCounter& counter) {
         AnalysisWorkspace& w = slot == 0 ? ws : *workers[static_cast<std::size_t>(slot - 1)];
         int& next = nextFrame[static_cast<std::size_t>(slot)];
-        if (cepstral && begin != next) restoreFrameArray(in, step, rangeLength, cepstralL, begin, w);
+        if (cepstral && begin != next)
+            copies.restore(begin, w.ensure(w.m_pitchFrame, static_cast<std::size_t>(cepstralL) + 16));
         double maximum = -1e8;
         for (int i = begin; i < end; ++i) {
             const double position = i * step + in.startSample;

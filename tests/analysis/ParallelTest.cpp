@@ -202,6 +202,11 @@ TEST(ParallelPitch, ShortRangesWhoseEndFramesCopyPartOfTheirWindow) {
         cases.push_back({"length " + std::to_string(length), &h, 11025.0, 0.0, length, fine});
     for (const double length : {0.0, 12.0, 23.0, 50.0})  // 0, 1, 2 and 4 frames
         cases.push_back({"frames of " + std::to_string(length), &h, 11025.0, 500.0, 500.0 + length, fine});
+    // At 10000 Hz every step is 10 samples and every position a whole number:
+    // no whole frame copies L + 1 samples.
+    PitchWindowSize(fine, 10000.0, L, n);
+    for (const double length : {L + 4.0, L + 300.0, 2.0 * L + 100.0})
+        cases.push_back({"whole positions, length " + std::to_string(length), &h, 10000.0, 0.0, length, fine});
     for (const auto& c : cases) expectSamePitch(c);
 }
 
