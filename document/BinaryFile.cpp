@@ -93,6 +93,20 @@ bool BinaryFile::seek(std::uint64_t offset) {
     return fseeko(m_file, static_cast<off_t>(offset), SEEK_SET) == 0;
 }
 
+std::size_t BinaryFile::readAt(std::uint64_t offset, void* buffer, std::size_t n) const {
+    if (!m_file) return 0;
+    const int fd = fileno(m_file);
+    auto* p = static_cast<char*>(buffer);
+    std::size_t got = 0;
+    while (got < n) {
+        const ssize_t r = pread(fd, p + got, n - got, static_cast<off_t>(offset + got));
+        if (r < 0 && errno == EINTR) continue;
+        if (r <= 0) break;
+        got += static_cast<std::size_t>(r);
+    }
+    return got;
+}
+
 std::size_t BinaryFile::read(void* buffer, std::size_t n) {
     if (!m_file || n == 0) return 0;
     return std::fread(buffer, 1, n, m_file);

@@ -38,6 +38,9 @@ public:
     std::size_t read(void* buffer, std::size_t n);
     // Reads exactly n bytes or returns false (position then undefined).
     bool readExact(void* buffer, std::size_t n) { return read(buffer, n) == n; }
+    // Reads up to n bytes at `offset` without moving the position; returns the
+    // number read. Several threads may call it at once.
+    std::size_t readAt(std::uint64_t offset, void* buffer, std::size_t n) const;
 
 private:
     std::FILE* m_file = nullptr;

@@ -2,12 +2,16 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <zlib.h>
 
 #include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "../document/TestFiles.h"
 #include "document/DocumentOpener.h"
@@ -246,5 +250,139 @@ TEST_F(CliTest, AnalysesRefuseARateOutsideTheRangeAndSayWhatIsWrong) {
         EXPECT_TRUE(info.err.empty()) << info.err;
         // The other channels, at their own rates, are analysed as usual.
         EXPECT_EQ(run("intensity " + path + " --channel 2 --every 1000", dir).status, 0) << what;
+namespace {
+
+// The level table of the spectrogram command: one row of doubles per column.
+std::vector<std::vector<double>> levelTable(const std::string& out) {
+    std::vector<std::vector<double>> rows;
+    std::istringstream in(out);
+    std::string line;
+    std::getline(in, line);  // heading
+    while (std::getline(in, line) && line.rfind("frame", 0) != 0) {
+        std::vector<double> row;
+        const char* p = line.c_str();
+        std::strtol(p, const_cast<char**>(&p), 10);  // column number
+        while (*p == '\t') row.push_back(std::strtod(p + 1, const_cast<char**>(&p)));
+        rows.push_back(row);
+    }
+    return rows;
+}
+
+std::uint32_t be32(const std::vector<std::uint8_t>& b, std::size_t at) {
+    return static_cast<std::uint32_t>(b[at]) << 24 | static_cast<std::uint32_t>(b[at + 1]) << 16 |
+           static_cast<std::uint32_t>(b[at + 2]) << 8 | b[at + 3];
+}
+
+struct Picture {
+    std::uint32_t width = 0, height = 0;
+    int colourType = -1;
+    std::vector<std::uint8_t> rows;  // filter byte and pixels of every row
+};
+
+// A PNG read the long way: every chunk's CRC checked, the IDAT stream inflated.
+Picture readPng(const std::vector<std::uint8_t>& b) {
+    Picture pic;
+    EXPECT_EQ(std::memcmp(b.data(), "\x89PNG\r\n\x1a\n", 8), 0);
+    std::vector<std::uint8_t> stream;
+    bool ended = false;
+    for (std::size_t at = 8; at + 12 <= b.size();) {
+        const std::uint32_t n = be32(b, at);
+        const std::string type(reinterpret_cast<const char*>(&b[at + 4]), 4);
+        EXPECT_EQ(crc32(0, &b[at + 4], n + 4), be32(b, at + 8 + n)) << type;
+        if (type == "IHDR") {
+            pic.width = be32(b, at + 8);
+            pic.height = be32(b, at + 12);
+            pic.colourType = b[at + 17];
+        } else if (type == "IDAT") {
+            stream.insert(stream.end(), b.begin() + static_cast<long>(at + 8),
+                          b.begin() + static_cast<long>(at + 8 + n));
+        } else if (type == "IEND") {
+            ended = true;
+        }
+        at += 12 + n;
+    }
+    EXPECT_TRUE(ended);
+    uLongf size = pic.height * (pic.width * (pic.colourType == 2 ? 3 : 1) + 1);
+    pic.rows.resize(size);
+    EXPECT_EQ(uncompress(pic.rows.data(), &size, stream.data(), stream.size()), Z_OK);
+    EXPECT_EQ(size, pic.rows.size());
+    return pic;
+}
+
+}  // namespace
+
+TEST_F(CliTest, SpectrogramWritesItsLevelsAsTableNumPyArrayAndPicture) {
+    const std::string args = "spectrogram " + sample + " --columns 40 --points 16 --formants";
+    const Result table = run(args, dir);
+    ASSERT_EQ(table.status, 0) << table.err;
+    const auto levels = levelTable(table.out);
+    ASSERT_EQ(levels.size(), 40u);
+    ASSERT_EQ(levels[0].size(), 16u);
+
+    // The array: float32, shape (columns, points), each level the float nearest its double.
+    const Result files = run(args + " --npy " + dir.file("l.npy") + " --png " + dir.file("l.png"), dir);
+    ASSERT_EQ(files.status, 0) << files.err;
+    EXPECT_TRUE(files.out.empty());
+    const auto npy = readBytes(dir.file("l.npy"));
+    ASSERT_GT(npy.size(), 10u);
+    EXPECT_EQ(std::memcmp(npy.data(), "\x93NUMPY\x01\x00", 8), 0);
+    const std::size_t headerLength = npy[8] | npy[9] << 8;
+    EXPECT_EQ((10 + headerLength) % 64, 0u);
+    const std::string header(reinterpret_cast<const char*>(&npy[10]), headerLength);
+    EXPECT_NE(header.find("'descr': '<f4', 'fortran_order': False, 'shape': (40, 16)"), std::string::npos) << header;
+    ASSERT_EQ(npy.size(), 10 + headerLength + 40 * 16 * 4);
+    for (int c = 0; c < 40; ++c)
+        for (int k = 0; k < 16; ++k) {
+            const std::size_t at =
+                10 + headerLength + 4 * (16 * static_cast<std::size_t>(c) + static_cast<std::size_t>(k));
+            const std::uint32_t u =
+                npy[at] | npy[at + 1] << 8 | npy[at + 2] << 16 | static_cast<std::uint32_t>(npy[at + 3]) << 24;
+            ASSERT_EQ(std::bit_cast<float>(u), static_cast<float>(levels[c][k])) << c << " " << k;
+        }
+
+    // The picture: time left to right, 0 Hz at the bottom, grey from the
+    // level over the 35 dB range; formants red.
+    const Picture pic = readPng(readBytes(dir.file("l.png")));
+    ASSERT_EQ(pic.width, 40u);
+    ASSERT_EQ(pic.height, 16u);
+    ASSERT_EQ(pic.colourType, 2);
+    int red = 0;
+    for (int y = 0; y < 16; ++y) {
+        const std::uint8_t* row = &pic.rows[static_cast<std::size_t>(y) * (40 * 3 + 1)];
+        EXPECT_EQ(row[0], 0);
+        for (int c = 0; c < 40; ++c) {
+            const std::uint8_t* px = row + 1 + 3 * c;
+            if (px[0] == 255 && px[1] == 0) {
+                ++red;
+                continue;
+            }
+            const double v = std::clamp(levels[c][15 - y] * 255.0 / 35.0, 0.0, 255.0);
+            EXPECT_EQ(px[0], 255 - static_cast<int>(v + 0.5)) << c << " " << y;
+            EXPECT_EQ(px[1], px[0]);
+        }
+    }
+    EXPECT_GT(red, 0);
+
+    // A long grey picture crosses deflate blocks and IDAT chunks.
+    const Result wide = run("spectrogram " + sample + " --columns 30000 --points 40 --png " + dir.file("w.png"), dir);
+    ASSERT_EQ(wide.status, 0) << wide.err;
+    const Picture grey = readPng(readBytes(dir.file("w.png")));
+    EXPECT_EQ(grey.width, 30000u);
+    EXPECT_EQ(grey.colourType, 0);
+
+    const Result none = run(args + " --output none", dir);
+    EXPECT_EQ(none.status, 0);
+    EXPECT_TRUE(none.out.empty());
+    const Result both = run(args + " --output table --npy " + dir.file("m.npy"), dir);
+    EXPECT_EQ(both.out, table.out);
+    EXPECT_EQ(readBytes(dir.file("m.npy")), npy);
+
+    const Result bad = run(args + " --output csv", dir);
+    EXPECT_EQ(bad.status, 2);
+    EXPECT_NE(bad.err.find("--output takes table or none"), std::string::npos);
+    for (const char* option : {" --npy ", " --png "}) {
+        const Result unwritable = run(args + option + dir.file("no/such/folder.out"), dir);
+        EXPECT_EQ(unwritable.status, 1) << option;
+        EXPECT_EQ(unwritable.err, "Error in save operation.\n") << option;
     }
 }

@@ -168,6 +168,41 @@ TEST_F(KvdFormatTest, BigEndianFileOpensWithSameContentAndSavesLittleEndian) {
     }
 }
 
+// A channel long enough to be read by several threads (each part converted
+// on its own), followed by a short one that must start where the long one
+// ends; an odd count leaves a tail beyond the eight-sample steps of the swap.
+TEST_F(KvdFormatTest, LongChannelsReadInPartsKeepEverySampleInPlace) {
+    std::vector<std::int16_t> samples(std::size_t{17} * 1024 * 1024 + 13);
+    std::uint32_t x = 5;
+    for (auto& v : samples) {
+        x = x * 1664525u + 1013904223u;
+        v = static_cast<std::int16_t>(x >> 16);
+    }
+    for (bool big : {false, true}) {
+        FileBuilder b{big, {}};
+        b.fileHeader(big ? "RVM_Mac" : "RVM_PC", 2);
+        b.channel(44100.0, samples, 1, "Long");
+        b.channel(500.0, {7, -8, 9}, 0, "After", 1);
+        const std::string path = dir.file("long.kvd");
+        writeBytes(path, b.bytes);
+        CKestruneDoc doc;
+        ASSERT_TRUE(open(doc, path)) << messages.lastText();
+        EXPECT_TRUE(std::equal(samples.begin(), samples.end(), doc.channel(0).m_samples.begin(),
+                               doc.channel(0).m_samples.end()))
+            << big;
+        EXPECT_EQ(doc.channel(1).m_name, "After");
+        EXPECT_EQ(doc.channel(1).m_samples[1], -8);
+        ASSERT_EQ(doc.channel(1).m_labels.size(), 1u);
+
+        // Cut inside the long channel's last part: short data, as before.
+        b.bytes.resize(512 + 248 + samples.size() * 2 - 1000);
+        writeBytes(path, b.bytes);
+        CKestruneDoc cut;
+        messages.clear();
+        EXPECT_FALSE(open(cut, path));
+    }
+}
+
 TEST_F(KvdFormatTest, ChannelCountBoundIsNineteen) {
     for (int count : {19, 20, 0, -1}) {
         FileBuilder b{false, {}};
