@@ -1,5 +1,6 @@
 #include "WaveformRenderer.h"
 
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPolygonF>
@@ -360,8 +361,12 @@ void paintTraces(QPainter& p, QImage* raster, const CKestruneDoc& doc, ChannelSu
             p.drawLine(QPointF(x, rulerTop + TraceGeometry::kRulerHeight - 5),
                        QPointF(x, rulerTop + TraceGeometry::kRulerHeight));
             p.setPen(options.color ? QColor(90, 90, 90) : QColor(Qt::black));
-            p.drawText(QRectF(x - 60, rulerTop, 120, TraceGeometry::kRulerHeight - 5), Qt::AlignCenter,
-                       timebase::gridLabel(t, step, lead.viewLengthMs()));
+            // Centred on its line, but moved inside the picture at either
+            // end so that the last label ("120 s") is not cut off.
+            const QString text = timebase::gridLabel(t, step, lead.viewLengthMs());
+            const double width = QFontMetricsF(rulerFont).horizontalAdvance(text) + 2.0;
+            const double left = std::clamp(x - width / 2.0, 0.0, std::max(0.0, g.clientWidth - width));
+            p.drawText(QRectF(left, rulerTop, width, TraceGeometry::kRulerHeight - 5), Qt::AlignCenter, text);
         }
     }
 
