@@ -3,6 +3,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -151,8 +152,13 @@ void CFormLog::addEntry(const QString& kind, const std::vector<double>& values, 
     m_filling = true;
     ensureValueColumns(1 + count);
     if (m_grid->rowCount() == 0) {
-        // The first entry names the table's columns.
-        for (int i = 0; i < count; ++i) m_grid->setColumnTitle(1 + i, names[i]);
+        // The first entry names the table's columns, each wide enough to
+        // show its whole name.
+        for (int i = 0; i < count; ++i) {
+            m_grid->setColumnTitle(1 + i, names[i]);
+            const int fit = m_grid->horizontalHeader()->sectionSizeHint(1 + i);
+            if (m_grid->columnWidth(1 + i) < fit) m_grid->setColumnWidth(1 + i, std::min(fit, 320));
+        }
         m_headingsInForce = names;
     } else if (!sameNames(m_headingsInForce, names)) {
         appendHeadingRow(names);

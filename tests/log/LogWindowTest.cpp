@@ -2,6 +2,7 @@
 // button, reopening, editing a cell, the close question, the open log that
 // entries go to, and a refused file.
 #include <QDoubleSpinBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -157,7 +158,11 @@ private slots:
         log->addEntry("Marker Entry: time", {200.0, -0.25, 199.5, 80.0}, marker);
         CDatatbl5* grid = log->grid();
         QCOMPARE(grid->rowCount(), 2);
-        for (int i = 0; i < marker.size(); ++i) QCOMPARE(grid->columnTitle(1 + i), marker[i]);
+        for (int i = 0; i < marker.size(); ++i) {
+            QCOMPARE(grid->columnTitle(1 + i), marker[i]);
+            // Wide enough to read the whole name.
+            QVERIFY(grid->columnWidth(1 + i) >= grid->horizontalHeader()->sectionSizeHint(1 + i));
+        }
 
         const QStringList selection = {"Audio start (ms)", "Audio mean (Pa)"};
         log->addEntry("Data Selection Entry: time", {50.0, 0.126}, selection);
