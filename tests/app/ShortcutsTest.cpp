@@ -9,7 +9,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include "app/CKestruneApp.h"
@@ -68,6 +70,11 @@ class ShortcutsTest : public QObject {
 
 private slots:
     void initTestCase() {
+        // Recent files and the configuration record go to folders of the test.
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+        AppServices::instance().workingFolder = m_work.path().toStdString();
+        AppServices::instance().tempFolder = m_work.path().toStdString() + "/";
         setMessageService(&m_messages);
         setFileDialogs(&m_dialogs);
         CKestruneApp::registerFeatures();
@@ -75,6 +82,7 @@ private slots:
     void cleanupTestCase() {
         setMessageService(nullptr);
         setFileDialogs(nullptr);
+        AppServices::instance() = AppServices{};
     }
 
     void everyKeyIsUniqueInItsContextAndReachesItsEntry() {
@@ -172,6 +180,8 @@ private slots:
     }
 
 private:
+    QTemporaryDir m_settingsDir;
+    QTemporaryDir m_work;
     RecordingMessageService m_messages;
     NoFileDialogs m_dialogs;
 };
