@@ -123,20 +123,24 @@ private slots:
         QCOMPARE(log->grid()->rowCount(), 1);
         QCOMPARE(log->grid()->text(0, 0), QString("Marker Entry: time"));
         double v = 0;
-        QVERIFY(log->grid()->number(0, 3, &v));  // one value per present channel
+        QVERIFY(log->grid()->number(0, 5, &v));  // a time and a value per present channel
         QCOMPARE(v, m_doc->channel(2).m_cursorMs);
-        QVERIFY(!log->grid()->number(0, 4));
+        QVERIFY(log->grid()->number(0, 6));
+        QVERIFY(!log->grid()->number(0, 7));
 
         drag(100.0, 300.0);
         QVERIFY(enabled("Enter Duration\tCtrl+D", *m_view));
         QVERIFY(enabled("Enter Data Selection", *m_view));
         run("Enter Duration\tCtrl+D", *m_view);
         run("Enter Data Selection", *m_view);
-        QCOMPARE(log->grid()->text(1, 0), QString("Duration Entry: start, end, duration"));
-        QVERIFY(log->grid()->number(1, 3, &v));
+        // Each kind of entry stands under a heading row of its own values.
+        QCOMPARE(log->grid()->rowTitle(1), QString("Columns"));
+        QCOMPARE(log->grid()->text(2, 0), QString("Duration Entry: start, end, duration"));
+        QVERIFY(log->grid()->number(2, 3, &v));
         QCOMPARE(v, m_doc->channel(0).m_selEndMs - m_doc->channel(0).m_selStartMs);
-        QVERIFY(log->grid()->number(1, 9));
-        QCOMPARE(log->grid()->rowTitle(2), QString("Entry 3"));
+        QVERIFY(log->grid()->number(2, 9));
+        QCOMPARE(log->grid()->rowTitle(3), QString("Columns"));
+        QCOMPARE(log->grid()->rowTitle(4), QString("Entry 3"));
         log->parentWidget()->show();
         shoot(log->parentWidget(), "log_window");
 
