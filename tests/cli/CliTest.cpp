@@ -250,6 +250,9 @@ TEST_F(CliTest, AnalysesRefuseARateOutsideTheRangeAndSayWhatIsWrong) {
         EXPECT_TRUE(info.err.empty()) << info.err;
         // The other channels, at their own rates, are analysed as usual.
         EXPECT_EQ(run("intensity " + path + " --channel 2 --every 1000", dir).status, 0) << what;
+    }
+}
+
 namespace {
 
 // The level table of the spectrogram command: one row of doubles per column.
