@@ -1,6 +1,7 @@
 #include "document/ChannelAnalysis.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
 #include "analysis/IntensityContour.h"
@@ -42,6 +43,8 @@ bool ComputeIntensity(CChannel& ch) {
 
 bool SmoothChannel(CChannel& ch) {
     if (ch.m_smoothingOn == 0) return true;
+    // An average over less than one sample is no average: nothing is changed.
+    if (!(ch.m_smoothingLength >= 1.0) || !std::isfinite(ch.m_smoothingLength)) return false;
     SmoothSamples(ch.m_samples.data(), usableCount(ch), ch.m_smoothingLength);
     return true;
 }

@@ -10,7 +10,8 @@
 // no contour.
 //
 // SmoothChannel: with the channel's smoothing flag on, the forward-looking
-// moving average of SmoothSamples over its samples.
+// moving average of SmoothSamples over its samples. Returns false (samples
+// untouched) for a length below 1 or not a number.
 #pragma once
 
 #include "analysis/AnalysisTypes.h"

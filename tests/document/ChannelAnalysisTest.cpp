@@ -32,6 +32,13 @@ TEST(ChannelAnalysis, IntensityAndSmoothingUseTheChannelsSettings) {
     ch.m_smoothingLength = 2;
     ASSERT_TRUE(SmoothChannel(ch));
     EXPECT_EQ(ch.m_samples[0], 55);
+
+    // No average over less than one sample, nor over a length that is no number.
+    for (const double bad : {0.0, 0.5, -3.0, std::nan("")}) {
+        ch.m_smoothingLength = bad;
+        EXPECT_FALSE(SmoothChannel(ch)) << bad;
+        EXPECT_EQ(ch.m_samples[0], 55);
+    }
 }
 
 TEST(ChannelAnalysis, AllChannelsStopAtAFailureOrACancel) {
