@@ -101,7 +101,9 @@ private slots:
         QVERIFY(intensity && intensity->isEnabled());
         QCOMPARE(intensity->shortcut(), QKeySequence("Ctrl+I"));
         QCOMPARE(intensity->statusTip(), QString("Perform power intensity of the waveform"));
-        intensity->trigger();
+        // Through its shortcut, as a user at the keyboard runs it.
+        QVERIFY(QTest::qWaitForWindowActive(&frame));
+        QTest::keyClick(view, Qt::Key_I, Qt::ControlModifier);
         QVERIFY(m_messages.texts().empty());
         for (int ch = 0; ch < 2; ++ch) {
             QCOMPARE(doc.channel(ch).m_intensityValid, 1);
@@ -207,11 +209,13 @@ private slots:
         const QString path = m_dir.filePath("fail.kvd");
         QVERIFY(writeDocument(path, {{"Audio", {0, 10, 20, 30}, true}, {"Flow", {0, 10, 20, 30}}}, 11025.0));
         CMainFrame frame;
+        frame.show();
+        QVERIFY(QTest::qWaitForWindowActive(&frame));
         CChildFrame* child = frame.openDocumentFile(path);
         QVERIFY(child);
         m_config->m_channelSettings[1].smoothingLength = 0.0;  // no average to take
         m_messages.queueAnswer(MsgAnswer::No);
-        findAction(frame.menuBar(), "&Analysis", "Smooth")->trigger();
+        QTest::keyClick(child->kestruneView(), Qt::Key_K, Qt::ControlModifier);
         QCOMPARE(QString::fromStdString(m_messages.lastText()), QString(" Smmoth function failed "));
         QCOMPARE(samplesOf(child->document()->channel(1)), (std::vector<std::int16_t>{0, 10, 20, 30}));
     }
