@@ -120,6 +120,17 @@ private slots:
         QCOMPARE(doc.channel(1).m_intensity[1500], 20.0 * std::log10(500.0));
     }
 
+    void commandsNeedData() {
+        CMainFrame frame;
+        frame.show();
+        QVERIFY(frame.newDocument());
+        for (const auto& [menu, text] : {std::pair{"&Analysis", "Intensity"}, std::pair{"&Analysis", "Smooth"},
+                                         std::pair{"&Options", "Intensity/Smooth"}}) {
+            QAction* a = findAction(frame.menuBar(), menu, text);
+            QVERIFY2(a && !a->isEnabled(), text);
+        }
+    }
+
     void intensityStopsAtTheFailingChannel() {
         const QString path = m_dir.filePath("three.kvd");
         QVERIFY(writeDocument(
