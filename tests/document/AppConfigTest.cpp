@@ -82,15 +82,6 @@ TEST(AppConfigTest, RowValuesAreTakenOnlyInsideTheirRanges) {
     }
 }
 
-TEST(AppConfigTest, OnlyTheDataChannelsAreSmoothedByDefault) {
-    const AppConfig c;
-    EXPECT_EQ(c.m_channelSettings[0].smoothingOn, 0);
-    for (std::size_t i = 1; i < c.m_channelSettings.size(); ++i) EXPECT_EQ(c.m_channelSettings[i].smoothingOn, 1) << i;
-    EXPECT_EQ(c.m_channelSettings[0].intensityWindowMs, 20.0);
-    EXPECT_EQ(c.m_channelSettings[0].intensityStepMs, 10.0);
-    EXPECT_EQ(c.m_channelSettings[0].smoothingLength, 5.0);
-}
-
 TEST(AppConfigTest, AnotherVersionIsNotTaken) {
     AppConfig::Record r = baseRecord();
     putText(r, cfg::kInputLine, "Line");
