@@ -1,7 +1,6 @@
 #include "IntensitySmoothCommands.h"
 
 #include <QApplication>
-#include <algorithm>
 
 #include "DisplayConfig.h"
 #include "DocumentCommands.h"
@@ -34,19 +33,6 @@ public:
 };
 
 }  // namespace
-
-void takeChannelSettings(const AppConfig& config, CKestruneDoc& doc) {
-    const int count = std::min(doc.channelCount(), static_cast<int>(config.m_channelSettings.size()));
-    for (int i = 0; i < count; ++i) {
-        const ChannelAnalysisSettings& s = config.m_channelSettings[static_cast<std::size_t>(i)];
-        CChannel& ch = doc.channel(i);
-        ch.m_intensityWindowMs = s.intensityWindowMs;
-        ch.m_intensityStepMs = s.intensityStepMs;
-        ch.m_normalise = s.normalise;
-        ch.m_smoothingOn = s.smoothingOn;
-        ch.m_smoothingLength = s.smoothingLength;
-    }
-}
 
 void runIntensity(CKestruneView& view) {
     CKestruneDoc& doc = *view.document();

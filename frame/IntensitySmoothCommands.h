@@ -15,14 +15,7 @@
 //              changed; a failure shows " Smmoth function failed ".
 #pragma once
 
-namespace sonmetra {
-class AppConfig;
-class CKestruneDoc;
-}  // namespace sonmetra
 class CKestruneView;
-
-// Channel i of the document takes slot i's settings.
-void takeChannelSettings(const sonmetra::AppConfig& config, sonmetra::CKestruneDoc& doc);
 
 void runIntensity(CKestruneView& view);
 void runSmooth(CKestruneView& view);

@@ -8,7 +8,6 @@
 #include <cmath>
 
 #include "DisplayConfig.h"
-#include "IntensitySmoothCommands.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "log/CDatatbl5.h"
@@ -118,6 +117,19 @@ void IntensitySmoothDialog::accept() {
 void IntensitySmoothDialog::reject() {
     if (editingRefused()) return;
     QDialog::reject();
+}
+
+void takeChannelSettings(const AppConfig& config, CKestruneDoc& doc) {
+    const int count = std::min(doc.channelCount(), static_cast<int>(config.m_channelSettings.size()));
+    for (int i = 0; i < count; ++i) {
+        const ChannelAnalysisSettings& s = config.m_channelSettings[static_cast<std::size_t>(i)];
+        CChannel& ch = doc.channel(i);
+        ch.m_intensityWindowMs = s.intensityWindowMs;
+        ch.m_intensityStepMs = s.intensityStepMs;
+        ch.m_normalise = s.normalise;
+        ch.m_smoothingOn = s.smoothingOn;
+        ch.m_smoothingLength = s.smoothingLength;
+    }
 }
 
 void runIntensitySmoothOptions(CKestruneView& view) {

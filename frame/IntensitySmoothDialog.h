@@ -52,6 +52,10 @@ private:
     std::vector<sonmetra::ChannelAnalysisSettings> m_settings;
 };
 
+// Channel i of the document takes slot i's settings (the commands do this
+// before they run, the dialog after OK).
+void takeChannelSettings(const sonmetra::AppConfig& config, sonmetra::CKestruneDoc& doc);
+
 // "Intensity/Smooth": on OK the settings go into the configuration record,
 // which is written to its file, and into the document's channels.
 void runIntensitySmoothOptions(CKestruneView& view);
