@@ -22,6 +22,7 @@
 #include "HelpPages.h"
 #include "ImportDialogs.h"
 #include "LabelFileCommands.h"
+#include "MainToolBar.h"
 #include "RecordPlayWindowCommand.h"
 #include "WorkspaceShortcuts.h"
 #include "document/AppConfig.h"
@@ -54,7 +55,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     AppServices::instance().mdiArea = m_mdi;
     AppServices::instance().mainWindow = this;
 
-    createStatusWindow(this);
+    m_statusWindow = createStatusWindow(this);
     buildFileMenu();
     buildWindowMenu();
     buildHelpMenu();
@@ -62,6 +63,9 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
     keepWindowShortcutsOffMenus(m_mdi, menuBar());
     addRecordPlayWindowCommand(this, m_mdi);
+    m_toolBar = new MainToolBar(this, m_commandMenus, m_fileMenu, [this](QAction* a) { return commandAllowed(a); });
+    addToolBar(Qt::TopToolBarArea, m_toolBar);
+    addViewToggles(this, m_commandMenus, m_toolBar, m_statusWindow);
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at
@@ -84,6 +88,9 @@ CMainFrame::~CMainFrame() {
     // The workspace outlives this body and reports its windows going as it
     // closes; nothing of this frame may answer by then.
     disconnect(m_mdi, nullptr, this, nullptr);
+    // The toolbar asks this frame's rules while it lives; it goes first.
+    delete m_toolBar;
+    m_toolBar = nullptr;
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;
@@ -109,6 +116,7 @@ void CMainFrame::buildFileMenu() {
         if (rule) {
             m_stateUpdaters.push_back([a, rule] { a->setEnabled(rule()); });
             m_ruledActions.push_back(a);
+            m_rules.insert(a, rule);
         }
         return a;
     };
@@ -216,6 +224,12 @@ void CMainFrame::armShortcuts() {
     // reaches the handler, which applies the rule at that moment.
     for (QAction* a : m_ruledActions) a->setEnabled(true);
     if (m_commandMenus) m_commandMenus->armShortcuts();
+}
+
+bool CMainFrame::commandAllowed(QAction* action) const {
+    if (const auto rule = m_rules.find(action); rule != m_rules.end()) return rule.value()();
+    if (m_fileMenu->actions().contains(action)) return true;
+    return m_commandMenus->ruleAllows(action);
 }
 
 CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {

@@ -248,7 +248,8 @@ void drawSparseTrace(QPainter& p, const CChannel& ch, const VerticalScale& vs, i
 }
 
 // The derived curve (the intensity contour, one value per sample) scaled
-// from its minimum at the strip's bottom to its maximum at the top.
+// from its minimum at the strip's bottom to its maximum at the top, with
+// `pen` (twice a trace's width: see paintTraces).
 void drawDerivedCurve(QPainter& p, const CChannel& ch, const QRect& stripDev, int left, int width, double start,
                       double perColumn, const QPen& pen) {
     const std::size_t n = ch.m_intensity.size();
@@ -338,7 +339,14 @@ void paintTraces(QPainter& p, QImage* raster, const CKestruneDoc& doc, ChannelSu
     const QColor curveColor = options.color ? kDerivedCurveColor : QColor(Qt::black);
     const QPen gridPen = linePen(p, gridColor, options, options.color ? Qt::SolidLine : Qt::DotLine);
     const QPen tracePen = linePen(p, Qt::black, options);
-    const QPen curvePen = linePen(p, curveColor, options);
+    // The derived curve is twice as wide as a trace, so that it stays
+    // readable where it crosses a dense trace of one-pixel lines.
+    QPen curvePen = linePen(p, curveColor, options);
+    if (options.lineWidthMm > 0.0) {
+        curvePen.setWidthF(2.0 * curvePen.widthF());
+    } else {
+        curvePen = QPen(curveColor, std::max(1.0, std::round(2.0 * dpr)), Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin);
+    }
     const int deviceHeight = raster != nullptr ? raster->height() : static_cast<int>(std::ceil(g.clientHeight * dpr));
 
     QFont rulerFont = labelFont;
