@@ -5,6 +5,7 @@
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 constexpr double kIntensityRangeDb = 60.0;
@@ -24,10 +25,11 @@ void drawFrameCurve(QPainter& p, const QRect& pane, const TimeAxis& axis, const 
     QPen pen(color, widthPx, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
     p.setPen(pen);
     // Only the frames on the axis (and one either side, so lines leave the edge).
-    int first = static_cast<int>(std::floor((axis.startMs - curve.firstMs) / curve.stepMs)) - 1;
-    int last = static_cast<int>(std::ceil((axis.endMs - curve.firstMs) / curve.stepMs)) + 1;
-    first = std::clamp(first, 0, curve.count);
-    last = std::clamp(last, 0, curve.count);
+    const double count = curve.count;
+    const int first =
+        static_cast<int>(std::clamp(std::floor((axis.startMs - curve.firstMs) / curve.stepMs) - 1, 0.0, count));
+    const int last =
+        static_cast<int>(std::clamp(std::ceil((axis.endMs - curve.firstMs) / curve.stepMs) + 1, 0.0, count));
     QPolygonF run;
     auto flush = [&] {
         if (run.size() == 1) {
@@ -40,14 +42,53 @@ void drawFrameCurve(QPainter& p, const QRect& pane, const TimeAxis& axis, const 
         }
         run.clear();
     };
+    const double pxPerFrame = axis.msToX(curve.stepMs) - axis.msToX(0.0);
+    if (pxPerFrame >= 0.5) {
+        for (int i = first; i < last; ++i) {
+            const double v = curve.values[i];
+            if (v == 0.0 || !std::isfinite(v)) {
+                flush();
+                continue;
+            }
+            run << QPointF(axis.msToX(curve.timeMs(i)), scale.toY(pane, v));
+        }
+        flush();
+        p.restore();
+        return;
+    }
+    // Many frames to a pixel column: each column of a run is drawn through
+    // its first, lowest, highest and last value, so that the cost follows the
+    // width of the pane and no excursion is lost.
+    int column = std::numeric_limits<int>::min();
+    double firstValue = 0.0, lastValue = 0.0, lowest = 0.0, highest = 0.0;
+    bool open = false;
+    auto closeColumn = [&] {
+        if (!open) return;
+        const double x = column + 0.5;
+        run << QPointF(x, scale.toY(pane, firstValue));
+        if (lowest != highest) run << QPointF(x, scale.toY(pane, lowest)) << QPointF(x, scale.toY(pane, highest));
+        run << QPointF(x, scale.toY(pane, lastValue));
+        open = false;
+    };
     for (int i = first; i < last; ++i) {
         const double v = curve.values[i];
         if (v == 0.0 || !std::isfinite(v)) {
+            closeColumn();
             flush();
             continue;
         }
-        run << QPointF(axis.msToX(curve.timeMs(i)), scale.toY(pane, v));
+        const int x = static_cast<int>(std::floor(axis.msToX(curve.timeMs(i))));
+        if (x != column || !open) {
+            closeColumn();
+            column = x;
+            firstValue = lowest = highest = v;
+            open = true;
+        }
+        lastValue = v;
+        lowest = std::min(lowest, v);
+        highest = std::max(highest, v);
     }
+    closeColumn();
     flush();
     p.restore();
 }
