@@ -108,11 +108,15 @@ void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
     p.setFont(pictureFont());
 
     // Title line.
+    // The readout on the right takes what room the title leaves.
     p.setPen(style.text);
-    p.drawText(QRect(l.title.left() + 4, 0, l.title.width() / 2, kTitleHeight - 2), Qt::AlignLeft | Qt::AlignVCenter,
-               pic.title);
-    p.drawText(QRect(l.title.width() / 2, 0, l.title.width() / 2 - kRightMargin, kTitleHeight - 2),
-               Qt::AlignRight | Qt::AlignVCenter, titleReadout(pic));
+    const int titleWidth = std::min(p.fontMetrics().horizontalAdvance(pic.title) + 4, l.title.width() / 2);
+    p.drawText(QRect(l.title.left() + 4, 0, titleWidth, kTitleHeight - 2), Qt::AlignLeft | Qt::AlignVCenter,
+               p.fontMetrics().elidedText(pic.title, Qt::ElideRight, titleWidth));
+    const int readoutLeft = l.title.left() + titleWidth + 16;
+    const int readoutWidth = std::max(0, static_cast<int>(axis.right) - readoutLeft);
+    p.drawText(QRect(readoutLeft, 0, readoutWidth, kTitleHeight - 2), Qt::AlignRight | Qt::AlignVCenter,
+               p.fontMetrics().elidedText(titleReadout(pic), Qt::ElideLeft, readoutWidth));
 
     const double gridStep = timeGridStepMs(s.timeGridMs, axis);
     const double rulerStep = timeGridStepMs(s.timeGrid ? s.timeGridMs : 0, axis);
@@ -137,7 +141,9 @@ void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
     const double hzStep =
         s.frequencyGrid && s.frequencyGridHz > 0 ? s.frequencyGridHz : valueStep(hz, l.pitch.height());
     if (s.frequencyGrid) drawValueGrid(p, l.pitch, axis, hz, hzStep, style);
-    drawValueScale(p, l.pitch, axis, hz, std::max(hzStep, valueStep(hz, l.pitch.height(), 12.0)), QString(), style);
+    // Values on every grid line that leaves room for its text, else on a coarser 1-2-5 step.
+    const double labelStep = std::max(hzStep, valueStep(hz, l.pitch.height(), 1.6 * p.fontMetrics().height()));
+    drawValueScale(p, l.pitch, axis, hz, labelStep, QString(), style);
     p.setPen(style.text);
     p.drawText(QRect(2, l.pitch.top(), kLeftMargin - 8, 14), Qt::AlignLeft | Qt::AlignTop, QStringLiteral("Hz"));
     if (r != nullptr && r->frameCount() > 0) {

@@ -37,23 +37,25 @@ public:
 };
 
 bool isTrackPixel(QColor c, bool color) {
-    if (color) return c.blue() > 150 && c.red() < 100 && c.green() < 150;
-    return c.red() < 80 && c.green() < 80 && c.blue() < 80;
+    // Antialiased edges count when they are mostly the track's colour.
+    if (color) return c.blue() > 150 && c.blue() - c.red() > 100;
+    return c.red() < 128 && c.green() < 128 && c.blue() < 128;
 }
 
-// Mean y of the track's pixels in the pitch pane at the time `ms`, or -1
-// (away from the time grid's lines, which are black in black and white).
+// Middle of the longest vertical run of track pixels in the pitch pane at
+// the time `ms`, or -1. Grid lines (dotted black in black and white) cross a
+// column in single pixels; the track is drawn two pixels thick.
 double trackY(const QImage& image, const PitchLayout& l, double ms, bool color = true) {
     const int x = static_cast<int>(l.axis.msToX(ms));
-    double sum = 0.0;
-    int count = 0;
-    for (int dx = -1; dx <= 1; ++dx)
-        for (int y = l.pitch.top() + 2; y < l.pitch.bottom() - 1; ++y)
-            if (isTrackPixel(image.pixelColor(x + dx, y), color)) {
-                sum += y;
-                ++count;
-            }
-    return count > 0 ? sum / count : -1.0;
+    int bestStart = -1, bestLength = 0;
+    for (int y = l.pitch.top() + 2, run = 0; y < l.pitch.bottom() - 1; ++y) {
+        run = isTrackPixel(image.pixelColor(x, y), color) ? run + 1 : 0;
+        if (run > bestLength) {
+            bestLength = run;
+            bestStart = y - run + 1;
+        }
+    }
+    return bestLength >= 2 ? bestStart + (bestLength - 1) / 2.0 : -1.0;
 }
 
 double expectedY(const PitchLayout& l, const sonmetra::PitchSettings& s, double hz) {
