@@ -2,6 +2,7 @@
 
 #include <QMetaObject>
 #include <algorithm>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -21,7 +22,10 @@ PitchJob makePitchJob(const sonmetra::CKestruneDoc& doc, int channel, const sonm
     const sonmetra::CChannel& ch = doc.channel(channel);
     const std::size_t count = std::min(ch.m_samples.size(), static_cast<std::size_t>(std::max(0.0, ch.m_sampleCount)));
     PitchJob job;
-    job.samples = std::make_shared<const std::vector<std::int16_t>>(ch.m_samples.begin(), ch.m_samples.begin() + count);
+    auto copy = std::make_shared<sonmetra::SampleBlock>();
+    if (!copy->resizeForOverwrite(count)) throw std::bad_alloc();
+    if (count > 0) std::memcpy(copy->data(), ch.m_samples.data(), count * sizeof(std::int16_t));
+    job.samples = std::move(copy);
     job.channel = channel;
     job.rateHz = ch.m_rateHz;
     job.msPerSample = ch.msPerSample();
@@ -34,7 +38,7 @@ PitchJob makePitchJob(const sonmetra::CKestruneDoc& doc, int channel, const sonm
 AnalysisStatus runPitchJob(const PitchJob& job, PitchResults& out, const sonmetra::AnalysisProgress& progress) {
     out = PitchResults{};
     if (!job.samples) return AnalysisStatus::Failed;
-    const std::vector<std::int16_t>& samples = *job.samples;
+    const sonmetra::SampleBlock& samples = *job.samples;
     sonmetra::PitchTrackInput in;
     in.samples = samples.data();
     in.sampleCount = static_cast<double>(samples.size());

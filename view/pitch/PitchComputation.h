@@ -5,7 +5,9 @@
 // Why a copy: the worker reads samples while the user may cut, paste or
 // record on the interface thread; the copy is also what the window draws its
 // waveform pane from, so that the track and the waveform always belong
-// together. Each computation runs on a thread of its own, whose analysis
+// together. It is a sample block like the document's (huge pages for long
+// signals), so that copying an hour takes a moment, not a second of page
+// faults. Each computation runs on a thread of its own, whose analysis
 // workspace starts empty: the track is the one the library gives for the
 // channel in a fresh process (sonmetra-cli pitch), bit for bit, whatever ran
 // before. Two computations never overlap: start() first stops and waits for
@@ -23,6 +25,7 @@
 #include "analysis/AnalysisTypes.h"
 #include "analysis/PitchTrack.h"
 #include "document/MinMaxSummary.h"
+#include "document/SampleBlock.h"
 
 namespace sonmetra {
 class CKestruneDoc;
@@ -31,8 +34,8 @@ class CKestruneDoc;
 // Everything a finished computation produced. Frame i stands at
 // i × stepSamples (its start), in ms frameMs(i).
 struct PitchResults {
-    std::shared_ptr<const std::vector<std::int16_t>> samples;  // the channel as it was tracked
-    sonmetra::MinMaxSummary summary;                           // of those samples
+    std::shared_ptr<const sonmetra::SampleBlock> samples;  // the channel as it was tracked
+    sonmetra::MinMaxSummary summary;                       // of those samples
     int channel = -1;
     double rateHz = 0.0;
     double msPerSample = 0.0;
@@ -51,7 +54,7 @@ struct PitchResults {
 };
 
 struct PitchJob {
-    std::shared_ptr<const std::vector<std::int16_t>> samples;
+    std::shared_ptr<const sonmetra::SampleBlock> samples;
     int channel = -1;
     double rateHz = 0.0;
     double msPerSample = 0.0;
