@@ -176,7 +176,8 @@ void CPitchFrame::finished(sonmetra::AnalysisStatus status, std::shared_ptr<Pitc
         case sonmetra::AnalysisStatus::Failed:
             m_view->setResults(nullptr);
             m_view->setMessage(QStringLiteral("No pitch track"));
-            sonmetra::showMessage(kPitchRoutineError);
+            // Shown once this call has returned: the window may close while the box is up.
+            QTimer::singleShot(0, [] { sonmetra::showMessage(kPitchRoutineError); });
             break;
     }
 }
