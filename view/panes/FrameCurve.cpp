@@ -56,6 +56,10 @@ void drawFrameCurve(QPainter& p, const QRect& pane, const TimeAxis& axis, const 
         p.restore();
         return;
     }
+    // Round joins cost a curve at every point; at this density nobody sees them.
+    pen.setCapStyle(Qt::SquareCap);
+    pen.setJoinStyle(Qt::BevelJoin);
+    p.setPen(pen);
     // Many frames to a pixel column: each column of a run is drawn through
     // its first, lowest, highest and last value, so that the cost follows the
     // width of the pane and no excursion is lost.
@@ -165,6 +169,9 @@ void drawIntensityPane(QPainter& p, const QRect& pane, const TimeAxis& axis, con
     scale.low = std::max(0.0, scale.high - kIntensityRangeDb);
     const double step = valueStep(scale, pane.height(), 14.0);
     drawValueGrid(p, pane, axis, scale, step, style);
-    drawValueScale(p, pane, axis, scale, step, QString(), style);
+    // Values on a coarser 1-2-5 step where the grid lines are too close for
+    // text, so that the scale reads evenly rather than skipping a line.
+    const double labelStep = std::max(step, valueStep(scale, pane.height(), 1.6 * p.fontMetrics().height()));
+    drawValueScale(p, pane, axis, scale, labelStep, QString(), style);
     drawFrameCurve(p, pane, axis, levelsDb, scale, style.curve, 1.0);
 }
