@@ -1,9 +1,9 @@
 // The pitch window's costs on the interface thread, offscreen: the picture
-// of a ten-minute track at 1920x1080 (whole and zoomed to two seconds), the
-// time the Pitch command keeps the interface thread (copying the channel and
-// starting the worker) for a ten-minute and a one-hour recording, and the
-// whole computation on the worker against the library's routine called
-// directly, to show what the worker adds.
+// of a ten-minute track at 1920x1080 (whole, a cursor step over it, and
+// zoomed to two seconds), the time the Pitch command keeps the interface
+// thread (copying the channel and starting the worker) for a ten-minute and
+// a one-hour recording, and the whole computation on the worker against the
+// library's routine called directly, to show what the worker adds.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
@@ -60,6 +60,36 @@ void drawPicture(benchmark::State& state, double startMs, double endMs) {
 }
 
 void BM_PictureWholeTenMinutes(benchmark::State& state) { drawPicture(state, 0.0, 600000.0); }
+
+// A cursor step over the whole ten minutes as the window paints it: the
+// kept background layer copied, the overlay drawn at a new cursor.
+void BM_CursorStepWholeTenMinutes(benchmark::State& state) {
+    Track& t = tenMinutes();
+    PitchPicture picture;
+    picture.results = t.results.get();
+    picture.labels = &t.doc->channel(0).m_labels;
+    picture.startMs = 0.0;
+    picture.endMs = 600000.0;
+    picture.title = "ten minutes";
+    const QSize size(1920, 1080);
+    QImage background(size, QImage::Format_ARGB32_Premultiplied);
+    background.fill(Qt::white);
+    {
+        QPainter p(&background);
+        drawPitchBackground(p, size, picture);
+    }
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    double cursorMs = 0.0;
+    for (auto _ : state) {
+        cursorMs = cursorMs > 590000.0 ? 0.0 : cursorMs + 997.0;
+        picture.cursorMs = cursorMs;
+        QPainter p(&image);
+        p.drawImage(QPoint(0, 0), background);
+        drawPitchOverlay(p, size, picture);
+        p.end();
+        benchmark::DoNotOptimize(image.bits());
+    }
+}
 void BM_PictureTwoSeconds(benchmark::State& state) { drawPicture(state, 300000.0, 302000.0); }
 
 // What the Pitch command costs the interface thread before the worker takes
@@ -107,6 +137,7 @@ void BM_LibraryMinute44k(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(BM_PictureWholeTenMinutes)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CursorStepWholeTenMinutes)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PictureTwoSeconds)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_StartTenMinutes11k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_StartOneHour44k)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);

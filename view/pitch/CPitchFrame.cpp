@@ -47,11 +47,12 @@ CPitchFrame* CPitchFrame::showFor(CKestruneView& view) {
         AttachedWindow hooks;
         hooks.samplesReplaced = [guard] {
             if (!guard) return;
+            guard->m_view->labelsChanged();  // the labels moved with the samples
             guard->m_view->syncCursorFromWaveform();
             guard->computePitchTrack();
         };
         hooks.labelsChanged = [guard] {
-            if (guard) guard->m_view->update();
+            if (guard) guard->m_view->labelsChanged();
         };
         hooks.cursorStep = [guard](int step, double ms) {
             if (guard) guard->m_view->followCursor(step, ms);

@@ -6,6 +6,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "PitchComputation.h"
 #include "PitchSettingsInForce.h"
@@ -49,6 +50,7 @@ void CPitchView::detachDocument() {
     m_player->stop();
     m_doc = nullptr;
     m_waveform = nullptr;
+    m_backgroundValid = false;
     update();
 }
 
@@ -67,6 +69,7 @@ void CPitchView::setResults(std::shared_ptr<const PitchResults> results) {
     const double before = signalMs();
     const bool hadResults = m_results != nullptr;
     m_results = std::move(results);
+    m_backgroundValid = false;
     const double total = signalMs();
     if (!hadResults || total != before || m_endMs <= m_startMs) {
         m_startMs = m_prevStartMs = 0.0;
@@ -78,6 +81,7 @@ void CPitchView::setResults(std::shared_ptr<const PitchResults> results) {
 
 void CPitchView::setMessage(const QString& text) {
     m_message = text;
+    m_backgroundValid = false;
     update();
 }
 
@@ -116,12 +120,55 @@ PitchPicture CPitchView::picture() const {
 
 void CPitchView::drawPicture(QPainter& painter, QSize size) const { drawPitchPicture(painter, size, picture()); }
 
+bool CPitchView::BackgroundKey::operator==(const BackgroundKey& o) const {
+    return size == o.size && pixelRatio == o.pixelRatio && results == o.results &&
+           std::memcmp(&settings, &o.settings, sizeof settings) == 0 && startMs == o.startMs && endMs == o.endMs &&
+           title == o.title && message == o.message && labels == o.labels;
+}
+
+CPitchView::BackgroundKey CPitchView::backgroundKey(const PitchPicture& pic, QSize size, qreal pixelRatio) const {
+    BackgroundKey key;
+    key.size = size;
+    key.pixelRatio = pixelRatio;
+    key.results = pic.results;
+    key.settings = pic.settings;
+    key.startMs = pic.startMs;
+    key.endMs = pic.endMs;
+    key.title = pic.title;
+    key.message = pic.message;
+    key.labels = pic.labels;
+    return key;
+}
+
+void CPitchView::labelsChanged() {
+    m_backgroundValid = false;
+    update();
+}
+
+// The background layer is drawn once into an image and kept while only the
+// cursor or the selection move (a long track takes tens of milliseconds to
+// draw whole); the overlay goes over it at every paint. The two layers drawn
+// one over the other are drawPitchPicture, so the window shows what the
+// bitmap, the printout and the render show.
 void CPitchView::paintEvent(QPaintEvent*) {
     QPainter p(this);
     const QRect area = pictureRect();
-    p.fillRect(area, Qt::white);
+    const PitchPicture pic = picture();
+    const qreal ratio = devicePixelRatioF();
+    const BackgroundKey key = backgroundKey(pic, area.size(), ratio);
+    if (!m_backgroundValid || !(key == m_backgroundKey)) {
+        m_background = QImage(area.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+        m_background.setDevicePixelRatio(ratio);
+        m_background.fill(Qt::white);
+        QPainter bp(&m_background);
+        drawPitchBackground(bp, area.size(), pic);
+        bp.end();
+        m_backgroundKey = key;
+        m_backgroundValid = true;
+    }
     p.setClipRect(area);
-    drawPicture(p, area.size());
+    p.drawImage(QPoint(0, 0), m_background);
+    drawPitchOverlay(p, area.size(), pic);
     m_player->paint(p);
 }
 

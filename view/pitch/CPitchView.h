@@ -9,6 +9,7 @@
 // then reports back, so both windows always show the same cursor.
 #pragma once
 
+#include <QImage>
 #include <QPointer>
 #include <QWidget>
 #include <memory>
@@ -46,6 +47,9 @@ public:
     // Shown in the pitch pane while there is no track.
     void setMessage(const QString& text);
     QString message() const { return m_message; }
+
+    // The labels changed: the picture is drawn anew.
+    void labelsChanged();
 
     // The picture of the client area at `size`, and what it is drawn from.
     PitchPicture picture() const;
@@ -95,7 +99,24 @@ private:
     void updateScrollBar();
     void onScrollAction(int action);
 
+    // The picture's background layer (drawPitchBackground) as last painted,
+    // and what it was drawn from: a cursor step repaints only the overlay.
+    struct BackgroundKey {
+        QSize size;
+        qreal pixelRatio = 0.0;
+        const PitchResults* results = nullptr;
+        sonmetra::PitchSettings settings;
+        double startMs = 0.0, endMs = 0.0;
+        QString title, message;
+        const void* labels = nullptr;
+        bool operator==(const BackgroundKey& o) const;
+    };
+    BackgroundKey backgroundKey(const PitchPicture& picture, QSize size, qreal pixelRatio) const;
+
     sonmetra::CKestruneDoc* m_doc;
+    QImage m_background;
+    BackgroundKey m_backgroundKey;
+    bool m_backgroundValid = false;
     QPointer<CKestruneView> m_waveform;
     std::shared_ptr<const PitchResults> m_results;
     QString m_message;

@@ -97,7 +97,15 @@ PitchLayout pitchLayout(QSize size, const sonmetra::PitchSettings& s, double sta
     return l;
 }
 
-void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
+namespace {
+
+int titleWidthPx(const QPainter& p, const PitchLayout& l, const QString& title) {
+    return std::min(p.fontMetrics().horizontalAdvance(title) + 4, l.title.width() / 2);
+}
+
+}  // namespace
+
+void drawPitchBackground(QPainter& p, QSize size, const PitchPicture& pic) {
     const sonmetra::PitchSettings& s = pic.settings;
     const PaneStyle style = paneStyle(s.print.color != 0);
     const PitchLayout l = pitchLayout(size, s, pic.startMs, pic.endMs);
@@ -107,16 +115,11 @@ void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
     p.setRenderHint(QPainter::TextAntialiasing, true);
     p.setFont(pictureFont());
 
-    // Title line.
-    // The readout on the right takes what room the title leaves.
+    // Title line (the readout on its right belongs to the overlay).
     p.setPen(style.text);
-    const int titleWidth = std::min(p.fontMetrics().horizontalAdvance(pic.title) + 4, l.title.width() / 2);
+    const int titleWidth = titleWidthPx(p, l, pic.title);
     p.drawText(QRect(l.title.left() + 4, 0, titleWidth, kTitleHeight - 2), Qt::AlignLeft | Qt::AlignVCenter,
                p.fontMetrics().elidedText(pic.title, Qt::ElideRight, titleWidth));
-    const int readoutLeft = l.title.left() + titleWidth + 16;
-    const int readoutWidth = std::max(0, static_cast<int>(axis.right) - readoutLeft);
-    p.drawText(QRect(readoutLeft, 0, readoutWidth, kTitleHeight - 2), Qt::AlignRight | Qt::AlignVCenter,
-               p.fontMetrics().elidedText(titleReadout(pic), Qt::ElideLeft, readoutWidth));
 
     const double gridStep = timeGridStepMs(s.timeGridMs, axis);
     const double rulerStep = timeGridStepMs(s.timeGrid ? s.timeGridMs : 0, axis);
@@ -166,12 +169,37 @@ void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
     }
     if (!l.labels.isEmpty() && pic.labels != nullptr) drawLabelPane(p, l.labels, axis, *pic.labels, style);
 
+    p.setFont(pictureFont());
+    drawTimeRuler(p, axis, l.ruler, rulerStep, style);
+    p.restore();
+}
+
+void drawPitchOverlay(QPainter& p, QSize size, const PitchPicture& pic) {
+    const sonmetra::PitchSettings& s = pic.settings;
+    const PaneStyle style = paneStyle(s.print.color != 0);
+    const PitchLayout l = pitchLayout(size, s, pic.startMs, pic.endMs);
+    const TimeAxis& axis = l.axis;
+    p.save();
+    p.setRenderHint(QPainter::Antialiasing, true);
+    p.setRenderHint(QPainter::TextAntialiasing, true);
+    p.setFont(pictureFont());
+
+    // The readout takes what room the title leaves.
+    p.setPen(style.text);
+    const int readoutLeft = l.title.left() + titleWidthPx(p, l, pic.title) + 16;
+    const int readoutWidth = std::max(0, static_cast<int>(axis.right) - readoutLeft);
+    p.drawText(QRect(readoutLeft, 0, readoutWidth, kTitleHeight - 2), Qt::AlignRight | Qt::AlignVCenter,
+               p.fontMetrics().elidedText(titleReadout(pic), Qt::ElideLeft, readoutWidth));
+
     for (const QRect& pane : {l.waveform, l.pitch, l.intensity, l.labels})
         if (!pane.isEmpty()) {
             drawSelectionAndCursor(p, axis, pane, pic.selectionMs, pic.cursorMs, style);
             framePane(p, pane, axis, style);
         }
-    p.setFont(pictureFont());
-    drawTimeRuler(p, axis, l.ruler, rulerStep, style);
     p.restore();
+}
+
+void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& pic) {
+    drawPitchBackground(p, size, pic);
+    drawPitchOverlay(p, size, pic);
 }

@@ -46,3 +46,10 @@ struct PitchLayout {
 PitchLayout pitchLayout(QSize size, const sonmetra::PitchSettings& settings, double startMs, double endMs);
 
 void drawPitchPicture(QPainter& p, QSize size, const PitchPicture& picture);
+// The picture in two layers, drawPitchPicture being the one over the other:
+// what the cursor and the selection leave alone (grids, waveform, track,
+// intensity, labels, ruler), which the window keeps as an image while the
+// cursor moves, and what they change (the readout of the title line, the
+// selection, the cursor and the panes' frames).
+void drawPitchBackground(QPainter& p, QSize size, const PitchPicture& picture);
+void drawPitchOverlay(QPainter& p, QSize size, const PitchPicture& picture);

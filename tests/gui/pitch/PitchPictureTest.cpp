@@ -12,9 +12,11 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <optional>
 
 #include "PitchFixture.h"
 #include "document/MessageService.h"
+#include "view/DocumentWindows.h"
 #include "view/FileDialogs.h"
 #include "view/RenderKinds.h"
 #include "view/panes/FrameCurve.h"
@@ -65,10 +67,11 @@ double expectedY(const PitchLayout& l, const sonmetra::PitchSettings& s, double 
     return scale.toY(l.pitch, hz);
 }
 
-QImage renderInProcess(sonmetra::CKestruneDoc& doc, QSize size) {
+QImage renderInProcess(sonmetra::CKestruneDoc& doc, QSize size, std::optional<double> cursorMs = std::nullopt) {
     RenderRequest request;
     request.doc = &doc;
     request.size = size;
+    request.cursorMs = cursorMs;
     auto window = renderFactory("pitch")(request);
     return window ? window->clientImage(size) : QImage();
 }
@@ -133,6 +136,22 @@ private slots:
         const QImage rendered = renderInProcess(*m_doc, area.size()).convertToFormat(QImage::Format_RGB32);
         QCOMPARE(shown.size(), rendered.size());
         QVERIFY(shown == rendered);
+
+        // The window keeps the layer under the cursor while the cursor
+        // moves; it must not show a stale picture when the cursor moves or
+        // the labels change.
+        waveform.mouseDownAtMs(1234.0);
+        waveform.mouseUpAtMs(1234.0);
+        sonmetra::CLabel label;
+        label.timeMs = 1500.0;
+        label.text = "late";
+        m_doc->channel(0).m_labels.push_back(label);
+        labelsChanged(m_doc.get());
+        const QImage moved = pv->grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+        QVERIFY(moved != shown);
+        const QImage expected =
+            renderInProcess(*m_doc, area.size(), waveform.cursorMs()).convertToFormat(QImage::Format_RGB32);
+        QVERIFY(moved == expected);
         delete frame;
     }
 
