@@ -26,7 +26,7 @@ CPitchView::CPitchView(sonmetra::CKestruneDoc* doc, QWidget* parent)
     setMouseTracking(false);
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(240, 160);
-    m_player = std::make_unique<StretchPlayer>(*this, [this] { return m_playArea; });
+    m_player = std::make_unique<StretchPlayer>(*this, [this] { return playArea(); });
     connect(m_hScroll, &QScrollBar::actionTriggered, this, &CPitchView::onScrollAction);
     connect(m_hScroll, &QScrollBar::valueChanged, this, [this](int value) {
         if (m_updatingBar) return;
@@ -358,12 +358,19 @@ void CPitchView::playStretch(double fromMs, double toMs) {
     const auto first = static_cast<long long>(std::max(0.0, fromMs) / msPerSample);
     const auto last = std::min(static_cast<long long>(toMs / msPerSample), static_cast<long long>(ch.m_samples.size()));
     if (last <= first) return;
+    m_playFromMs = first * msPerSample;
+    m_playToMs = last * msPerSample;
+    m_player->play(*m_doc, channel, static_cast<int>(first), static_cast<int>(last - first));
+}
+
+QRect CPitchView::playArea() const {
+    // From the played stretch's times, so that the play position stays right
+    // when the view zooms or scrolls while it plays.
     const PitchLayout l = layout();
     const QRect plot = l.plotArea();
-    const int x0 = static_cast<int>(std::lround(l.axis.msToX(first * msPerSample)));
-    const int x1 = static_cast<int>(std::lround(l.axis.msToX(last * msPerSample)));
-    m_playArea = QRect(QPoint(x0, plot.top()), QPoint(std::max(x0 + 1, x1), plot.bottom()));
-    m_player->play(*m_doc, channel, static_cast<int>(first), static_cast<int>(last - first));
+    const int x0 = static_cast<int>(std::lround(l.axis.msToX(m_playFromMs)));
+    const int x1 = static_cast<int>(std::lround(l.axis.msToX(m_playToMs)));
+    return QRect(QPoint(x0, plot.top()), QPoint(std::max(x0 + 1, x1), plot.bottom()));
 }
 
 void CPitchView::playAll() {

@@ -96,6 +96,7 @@ private:
     double signalMs() const;
     int playedChannel() const;
     void playStretch(double fromMs, double toMs);
+    QRect playArea() const;
     void updateScrollBar();
     void onScrollAction(int action);
 
@@ -122,7 +123,8 @@ private:
     QString m_message;
     QScrollBar* m_hScroll;
     std::unique_ptr<StretchPlayer> m_player;
-    QRect m_playArea;  // where the play position moves: the played stretch on the axis
+    // The stretch played last, in ms; the play position moves over its place on the axis.
+    double m_playFromMs = 0.0, m_playToMs = 0.0;
     double m_startMs = 0.0, m_endMs = 0.0;
     double m_prevStartMs = 0.0, m_prevEndMs = 0.0;
     std::optional<double> m_cursorMs;
