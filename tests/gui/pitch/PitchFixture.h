@@ -1,6 +1,6 @@
 // Shared pieces of the pitch window tests: voiced signals of known F0, a
 // document and a shown waveform view with every feature that the pitch
-// window meets (editing, labels, the pitch commands), the window commands by
+// window meets (editing, smoothing, labels, the pitch commands), the window commands by
 // their menu text, and the wait for a computation.
 #pragma once
 
@@ -17,6 +17,7 @@
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/EditClipboard.h"
+#include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
@@ -85,6 +86,7 @@ inline void registerFeatures() {
     registerLabelCommands();
     registerPitchWindow();
     registerPitchOptionCommands();
+    registerIntensitySmoothCommands();
 }
 
 inline const ViewCommand& viewCommand(const QString& text) {

@@ -134,8 +134,8 @@ private slots:
         }
     }
 
-    // Undo, Paste, Cut and Clear to Reference all replace samples: the track
-    // follows them.
+    // Undo, Paste, Cut, Clear to Reference and Smooth all replace samples:
+    // the track follows them.
     void trackFollowsTheEdits() {
         runView(kPitchCommandText, *m_view);
         CPitchFrame* frame = CPitchFrame::of(m_doc.get());
@@ -177,6 +177,15 @@ private slots:
         QVERIFY(waitForTrack(frame));
         QCOMPARE(f0At(*pv, 300), 0.0);
         QVERIFY(m_messages.texts().empty());
+
+        // Smooth replaces the samples of the channels it smooths: a new track.
+        const PitchResults* beforeSmooth = pv->results();
+        m_messages.queueAnswer(sonmetra::MsgAnswer::No);  // no saving first
+        runView("Smooth\tCtrl+K", *m_view);
+        QVERIFY(frame->computing());
+        QVERIFY(waitForTrack(frame));
+        QVERIFY(pv->results() != nullptr && pv->results() != beforeSmooth);
+        QCOMPARE(m_messages.texts().size(), std::size_t(1));  // the question only
     }
 
     // Cancel keeps the track shown before, or none; nothing of the cancelled
