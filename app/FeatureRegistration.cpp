@@ -4,10 +4,12 @@
 #include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
 #include "frame/IntensitySmoothCommands.h"
+#include "frame/PitchOptionDialog.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
+#include "view/pitch/PitchCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
@@ -18,6 +20,8 @@ void CKestruneApp::registerFeatures() {
     registerEditCommands();
     registerLabelCommands();
     registerRecordPlayCommands();
+    registerPitchWindow();
+    registerPitchOptionCommands();
     registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);

@@ -12,6 +12,7 @@
 
 #include "AppServices.h"
 #include "CKestruneView.h"
+#include "DocumentWindows.h"
 #include "LabelController.h"
 #include "ViewCommands.h"
 #include "ViewWaveDisplay.h"
@@ -208,6 +209,8 @@ void CRecordPlay::showRecordedChannels() {
     if (doc.holdsData()) m_view.scrollBarFromRange();
     m_view.refreshReadouts();
     m_view.update();
+    // The recording replaced the samples: the pitch window tracks them anew.
+    documentReplaced(&doc);
 }
 
 void CRecordPlay::stop() {

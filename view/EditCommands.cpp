@@ -82,6 +82,7 @@ void EditController::cut() {
         return;  // the document is as it was
     }
     afterEdit();
+    documentReplaced(m_view.document());
 }
 
 void EditController::copy() {
@@ -121,6 +122,7 @@ void EditController::clearToReference() {
     }
     m_view.channelsEdited();
     m_view.refreshReadouts();
+    documentReplaced(m_view.document());
 }
 
 void EditController::undoLastEdit() {

@@ -25,6 +25,9 @@
 #include "log/CDatatbl5.h"
 #include "view/AppServices.h"
 #include "view/CRecordPlay.h"
+#include "view/pitch/CPitchFrame.h"
+#include "view/pitch/CPitchView.h"
+#include "view/pitch/PitchComputation.h"
 #include "view/recordplay/CFormRecordPlay.h"
 #include "view/recordplay/CFrameRecordPlay.h"
 
@@ -444,6 +447,47 @@ private slots:
         QVERIFY(waitFor([&] { return feature->recording(); }));
         QCOMPARE(sound->lastInputFormat().samplesPerSec, 16000u);
         feature->stopRecording();
+        setWaveDriver(nullptr);
+    }
+
+    // A finished recording replaces the samples: an open pitch window
+    // tracks the new ones.
+    void pitchWindowTracksANewRecording() {
+        auto sound = SimulatedWaveDriver::create();
+        setWaveDriver(sound);
+        CFormRecordPlay* form = openForm();
+        form->sourceBox()->setCurrentText("Computer");
+        form->computerRateBox()->setValue(11025);
+        CKestruneDoc doc;
+        CKestruneView view(&doc);
+        view.show();
+        auto* feature = view.extension<CRecordPlay>();
+        sound->setInputSignal(SimulatedWaveDriver::sine(150.0, 8000.0));
+        auto recordFor = [&](std::size_t frames) {
+            command("Record\tCtrl+R").run(view);
+            QVERIFY(waitFor([&] { return feature->recording(); }));
+            QVERIFY(sound->feedInput(frames) > 0);
+            QTest::qWait(200);  // the capture thread takes the buffers
+            feature->stopRecording();
+        };
+        recordFor(11025 / 2);
+        QVERIFY(doc.holdsData());
+        CPitchFrame* pitch = CPitchFrame::showFor(view);
+        QVERIFY(pitch != nullptr);
+        QVERIFY(waitFor([&] { return !pitch->computing(); }));
+        const PitchResults* first = pitch->view()->results();
+        QVERIFY(first != nullptr);
+        QCOMPARE(first->durationMs, doc.channel(0).m_durationMs);
+
+        m_messages->queueAnswer(MsgAnswer::No);  // no saving of the first recording
+        recordFor(11025 * 3 / 2);
+        QVERIFY(pitch->computing() || pitch->view()->results() != first);
+        QVERIFY(waitFor([&] { return !pitch->computing(); }));
+        const PitchResults* second = pitch->view()->results();
+        QVERIFY(second != nullptr && second != first);
+        QCOMPARE(second->durationMs, doc.channel(0).m_durationMs);
+        QVERIFY(second->durationMs > first->durationMs);
+        delete pitch;
         setWaveDriver(nullptr);
     }
 };

@@ -1,0 +1,169 @@
+// Shared pieces of the pitch window tests: voiced signals of known F0, a
+// document and a shown waveform view with every feature that the pitch
+// window meets (editing, smoothing, labels, the pitch commands), the window commands by
+// their menu text, and the wait for a computation.
+#pragma once
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <numbers>
+#include <vector>
+
+#include "document/AppConfig.h"
+#include "document/CKestruneDoc.h"
+#include "document/EditClipboard.h"
+#include "frame/IntensitySmoothCommands.h"
+#include "frame/PitchOptionDialog.h"
+#include "view/AppServices.h"
+#include "view/CKestruneView.h"
+#include "view/EditCommands.h"
+#include "view/LabelController.h"
+#include "view/ViewCommands.h"
+#include "view/WindowCommands.h"
+#include "view/pitch/CPitchFrame.h"
+#include "view/pitch/CPitchView.h"
+#include "view/pitch/PitchCommands.h"
+#include "view/pitch/PitchComputation.h"
+
+namespace pitchtest {
+
+constexpr double kRateHz = 11025.0;
+
+// A voice-like tone: harmonics of f0 up to 4 kHz with amplitudes falling as
+// 1/k, scaled so that the fundamental has amplitude `amplitude`.
+inline double voicedSample(std::size_t i, double f0, double amplitude) {
+    double v = 0.0;
+    for (int k = 1; k * f0 < 4000.0; ++k)
+        v += std::sin(2.0 * std::numbers::pi * k * f0 * static_cast<double>(i) / kRateHz) / k;
+    return amplitude * v;
+}
+
+// Its mean power: the sum of the harmonics' powers.
+inline double voicedPower(double f0, double amplitude) {
+    double p = 0.0;
+    for (int k = 1; k * f0 < 4000.0; ++k) p += (amplitude / k) * (amplitude / k) / 2.0;
+    return p;
+}
+
+// One stretch of the signal: `ms` long, voiced at f0 Hz (0: silence).
+struct Stretch {
+    double ms;
+    double f0;
+};
+
+inline std::shared_ptr<sonmetra::CKestruneDoc> voiceDocument(const std::vector<Stretch>& stretches,
+                                                             double amplitude = 6000.0) {
+    std::vector<std::int16_t> samples;
+    for (const Stretch& s : stretches) {
+        const auto n = static_cast<std::size_t>(s.ms * kRateHz / 1000.0);
+        for (std::size_t i = 0; i < n; ++i)
+            samples.push_back(s.f0 > 0.0 ? static_cast<std::int16_t>(std::lround(voicedSample(i, s.f0, amplitude)))
+                                         : 0);
+    }
+    auto doc = std::make_shared<sonmetra::CKestruneDoc>();
+    sonmetra::CChannel& c = doc->channel(0);
+    c.m_inUse = 1;
+    c.m_audio = 1;
+    c.m_rateHz = kRateHz;
+    c.m_name = "Audio";
+    (void)c.m_samples.resize(samples.size());
+    std::copy(samples.begin(), samples.end(), c.m_samples.begin());
+    c.setSampleCountFromBlock();
+    c.resetDisplayToWhole();
+    doc->setChannelCount(1);
+    doc->setHoldsData(true);
+    doc->setTitle("voice.kvd");
+    return doc;
+}
+
+inline void registerFeatures() {
+    registerEditCommands();
+    registerLabelCommands();
+    registerPitchWindow();
+    registerPitchOptionCommands();
+    registerIntensitySmoothCommands();
+}
+
+inline const ViewCommand& viewCommand(const QString& text) {
+    for (const auto& c : ViewCommandRegistry::instance().commands())
+        if (c.text == text) return c;
+    qFatal("no command %s", qPrintable(text));
+}
+inline void runView(const QString& text, CKestruneView& view) { viewCommand(text).run(view); }
+
+inline const WindowCommand& pitchCommand(const QString& text) {
+    for (const auto& c : WindowCommandRegistry::instance().commands())
+        if (c.context == kPitchContext && c.text == text) return c;
+    qFatal("no pitch command %s", qPrintable(text));
+}
+inline bool pitchEnabled(const QString& text, const CPitchView& view) {
+    const auto& c = pitchCommand(text);
+    return !c.enabled || c.enabled(view);
+}
+inline void runPitch(const QString& text, CPitchView& view) { pitchCommand(text).run(view); }
+
+// Waits for the frame's computation to end (results are delivered on the
+// interface thread, so events must run).
+inline bool waitForTrack(CPitchFrame* frame, int timeoutMs = 60000) {
+    QElapsedTimer t;
+    t.start();
+    while (frame->computing() && t.elapsed() < timeoutMs) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QCoreApplication::processEvents();
+    return !frame->computing();
+}
+
+// The F0 of the frame at `ms`, or -1 without a track.
+inline double f0At(const CPitchView& view, double ms) {
+    const PitchResults* r = view.results();
+    if (r == nullptr) return -1.0;
+    const int i = r->frameAt(ms);
+    return i < 0 ? -1.0 : r->track.track[static_cast<std::size_t>(i)];
+}
+
+// Calls answer(dialog) as soon as a modal dialog of type T is up.
+template <class T>
+void whenModal(std::function<void(T*)> answer) {
+    auto* timer = new QTimer;
+    timer->setInterval(5);
+    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
+        if (auto* d = qobject_cast<T*>(QApplication::activeModalWidget())) {
+            timer->stop();
+            timer->deleteLater();
+            answer(d);
+        }
+    });
+    timer->start();
+}
+
+// Saves a picture of w when SONMETRA_SHOTS names a folder.
+inline void shoot(QWidget* w, const QString& name) {
+    const QString folder = qEnvironmentVariable("SONMETRA_SHOTS");
+    if (!folder.isEmpty()) w->grab().save(QDir(folder).filePath(name + ".png"));
+}
+
+// The configuration record and clipboard of a test, in force while it lives.
+struct Services {
+    sonmetra::AppConfig config;
+    sonmetra::EditClipboard clipboard;
+    QTemporaryDir dir;
+    Services() {
+        AppServices& s = AppServices::instance();
+        s.config = &config;
+        s.clipboard = &clipboard;
+        s.tempFolder = dir.path().toStdString() + "/";
+        config.setFilePath(dir.filePath("SonmetraConf.cfg").toStdString());
+    }
+    ~Services() {
+        AppServices& s = AppServices::instance();
+        s.config = nullptr;
+        s.clipboard = nullptr;
+        s.tempFolder.clear();
+    }
+};
+
+}  // namespace pitchtest
