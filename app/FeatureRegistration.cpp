@@ -3,10 +3,12 @@
 #include "CKestruneApp.h"
 #include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
+#include "frame/SpectrumOptionCommands.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
+#include "view/spectrum/SpectrumCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
@@ -17,6 +19,8 @@ void CKestruneApp::registerFeatures() {
     registerEditCommands();
     registerLabelCommands();
     registerRecordPlayCommands();
+    registerSpectrumWindow();
+    registerSpectrumOptionCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }

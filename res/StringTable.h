@@ -89,6 +89,11 @@ enum StringId : int {
     IDS_WRONG_INPUT_SOURCE,
     IDS_SAMPLE_ROUTINE_FAILED,
     IDS_USB_PLAY_RATE,  // "%s": the rate in Hz
+
+    // FFT/LPC spectrum window and its option dialog.
+    IDS_FFT_NO_AUDIO_CHANNEL = 62100,
+    IDS_FFT_APPLIED_WINDOW_RANGE,
+    IDS_FFT_FREQUENCY_RANGE,
 };
 
 // The text of a string number; an unknown number gives an empty text.
