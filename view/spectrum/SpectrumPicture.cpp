@@ -208,15 +208,25 @@ void drawCurves(QPainter& painter, const SpectrumAxes& axes, const SpectrumPictu
             const double f = r.formantHz[static_cast<std::size_t>(k)];
             if (!(f > 1.0) || f > axes.rangeHz()) continue;
             const double x = axes.xOfHz(f);
-            const double y = std::clamp(axes.yOfLevel(r.envelopeAt(f)), plot.top() + fm.height() + 12, plot.bottom());
+            const double y = std::min(axes.yOfLevel(r.envelopeAt(f)), plot.bottom());
+            const QString label = QStringLiteral("F%1").arg(k + 1);
+            const double labelX = x - fm.horizontalAdvance(label) / 2.0;
             QPolygonF tip;
-            tip << QPointF(x, y - 3) << QPointF(x - 4, y - 11) << QPointF(x + 4, y - 11);
             painter.setPen(QPen(palette.formant, 1.0));
             painter.setBrush(palette.formant);
-            painter.drawPolygon(tip);
+            if (y - 13 - fm.height() >= plot.top()) {
+                // Above the peak, pointing down at it.
+                tip << QPointF(x, y - 3) << QPointF(x - 4, y - 11) << QPointF(x + 4, y - 11);
+                painter.drawPolygon(tip);
+                painter.drawText(QPointF(labelX, y - 13 - fm.descent()), label);
+            } else {
+                // No room above (the peak is at or beyond the top): below it, pointing up.
+                const double below = std::max(y, plot.top());
+                tip << QPointF(x, below + 3) << QPointF(x - 4, below + 11) << QPointF(x + 4, below + 11);
+                painter.drawPolygon(tip);
+                painter.drawText(QPointF(labelX, below + 13 + fm.ascent()), label);
+            }
             painter.setBrush(Qt::NoBrush);
-            const QString label = QStringLiteral("F%1").arg(k + 1);
-            painter.drawText(QPointF(x - fm.horizontalAdvance(label) / 2.0, y - 13 - fm.descent()), label);
         }
     }
 

@@ -110,4 +110,10 @@ void whenModal(std::function<void(T*)> answer) {
     timer->start();
 }
 
+// Saves a picture of w when SONMETRA_SHOTS names a folder (for looking at it).
+inline void shoot(QWidget* w, const QString& name) {
+    const QString folder = qEnvironmentVariable("SONMETRA_SHOTS");
+    if (!folder.isEmpty()) w->grab().save(folder + "/" + name + ".png");
+}
+
 }  // namespace spectrumtest

@@ -7,6 +7,9 @@
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -15,10 +18,12 @@
 #include "analysis/FftSpectrum.h"
 #include "document/ByteOrder.h"
 #include "document/MessageService.h"
+#include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
 #include "frame/CommandMenus.h"
 #include "frame/FftLpcOptionDialog.h"
 #include "frame/LogOptionDialog.h"
+#include "log/CFormLog.h"
 #include "view/CKestruneView.h"
 #include "view/DocumentWindows.h"
 #include "view/TimeBase.h"
@@ -238,6 +243,43 @@ private slots:
                                  "Enter Formants and Bandwidths", "Enter All FFT/LPC Frame", "FFT/LPC...", "Log..."})
             QVERIFY2(menus->action("spectrum", text) != nullptr, text);
         QCOMPARE(menus->action("spectrum", "Enter at Marker")->shortcut(), QKeySequence("Ctrl+T"));
+    }
+
+    // In the workspace: Ctrl+F in the waveform view opens the window there,
+    // its context's menus take over, and Ctrl+T reaches its marker entry.
+    void theWindowOpensInTheWorkspaceWithItsMenus() {
+        ScopedConfig config;
+        sonmetra::RecordingMessageService messages;
+        sonmetra::ScopedMessageService scoped(&messages);
+        CMainFrame frame;
+        frame.resize(1200, 800);
+        frame.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&frame));
+        QVERIFY(frame.openDocumentFile(SONMETRA_DEMO) != nullptr);
+        CKestruneView* view = frame.activeView();
+        QVERIFY(view != nullptr);
+        timebase::placeCursor(*view->document(), 700.0);
+        view->setCursorPlaced(true);
+        QTest::keyClick(view, Qt::Key_F, Qt::ControlModifier);
+        QMdiSubWindow* active = frame.mdiArea()->activeSubWindow();
+        auto* spectrum = qobject_cast<CFFTLPCFrame*>(active);
+        QVERIFY(spectrum != nullptr);
+        QCOMPARE(spectrum->windowTitle(), QString("demo.kvd::FFT/LPC"));
+        QCOMPARE(frame.commandMenus()->activeContext(), kSpectrumContext);
+        bool logMenuShown = false;
+        for (QAction* top : frame.menuBar()->actions())
+            if (top->text() == "&Log" && top->isVisible()) logMenuShown = true;
+        QVERIFY(logMenuShown);
+
+        spectrum->showMaximized();
+        CFormLog log;
+        log.makeActive();
+        spectrum->view()->placeMarkerAtHz(1575.0);
+        QTest::keyClick(spectrum->view(), Qt::Key_T, Qt::ControlModifier);
+        QCOMPARE(log.entryCount(), 1);
+        shoot(&frame, "workspace");
+        shoot(spectrum, "window");
+        QVERIFY(messages.texts().empty());
     }
 };
 

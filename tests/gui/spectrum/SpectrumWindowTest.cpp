@@ -14,6 +14,8 @@
 #include "log/CFormLog.h"
 #include "view/CKestruneView.h"
 #include "view/DocumentWindows.h"
+#include "view/FileDialogs.h"
+#include "view/PictureOutput.h"
 #include "view/RenderKinds.h"
 #include "view/TimeBase.h"
 #include "view/spectrum/CFFTLPCFrame.h"
@@ -49,6 +51,16 @@ CFFTLPCView* openAt(CKestruneView& view, double ms) {
     auto* frame = qobject_cast<CFFTLPCFrame*>(attachedWindow(view.document(), windowrole::kSpectrum));
     return frame ? frame->view() : nullptr;
 }
+
+// Answers the save dialog with a file in a folder, keeping what it was asked.
+struct AnsweringDialogs : IFileDialogs {
+    QString path;
+    FileDialogRequest asked;
+    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
+        asked = request;
+        return FileDialogAnswer{path, 1};
+    }
+};
 
 }  // namespace
 
@@ -330,6 +342,38 @@ private slots:
         QVERIFY2(std::abs(peakX - axes.xOfHz(hz)) <= 2.0,
                  qPrintable(QString("%1 vs %2").arg(peakX).arg(axes.xOfHz(hz))));
         QVERIFY(std::abs(peakY - axes.yOfLevel(70.0)) <= 2.0);
+        delete spectrum->window();
+    }
+
+    // "Save As bmp..." writes the picture at the print size, in black and
+    // white when the settings say so.
+    void aBitmapHasThePrintSizeAndColour() {
+        ScopedConfig config;
+        config.config.m_analysis.fftLpc.print = {5.0, 2.5, 1, 0};
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        CKestruneView view(doc.get());
+        CFFTLPCView* spectrum = openAt(view, 300.0);
+        QVERIFY(spectrum != nullptr);
+        QTemporaryDir folder;
+        AnsweringDialogs dialogs;
+        dialogs.path = folder.filePath("picture");
+        IFileDialogs* before = setFileDialogs(&dialogs);
+        windowCommand("Save As bmp...").run(*spectrum);
+        setFileDialogs(before);
+        QCOMPARE(dialogs.asked.defaultName, QString("vowel FFT-LPC.bmp"));
+        const QImage bitmap(folder.filePath("picture.bmp"), "BMP");
+        QVERIFY(!bitmap.isNull());
+        const double dpi = spectrum->logicalDpiX() > 0 ? spectrum->logicalDpiX() : 96.0;
+        QCOMPARE(bitmap.size(), printSizePx(config.config.m_analysis.fftLpc.print, dpi));
+        bool grey = true, dark = false;
+        for (int y = 0; y < bitmap.height(); ++y)
+            for (int x = 0; x < bitmap.width(); ++x) {
+                const QColor c = bitmap.pixelColor(x, y);
+                grey = grey && c.red() == c.green() && c.green() == c.blue();
+                dark = dark || c.red() < 60;
+            }
+        QVERIFY(grey);
+        QVERIFY(dark);
         delete spectrum->window();
     }
 
