@@ -27,7 +27,7 @@
 namespace {
 
 // Selections of more frames than this show a progress dialog that can cancel.
-constexpr int kProgressFrames = 400;
+constexpr int kProgressFrames = 20000;
 constexpr int kDefaultLogStepHz = 100;
 
 int logFrameStepHz() {

@@ -147,6 +147,28 @@ private slots:
         QVERIFY(attachedWindow(doc.get(), windowrole::kSpectrum) == nullptr);
     }
 
+    // A selection long enough for the progress dialog is computed whole.
+    void aLongSelectionRunsThroughTheProgressDialog() {
+        ScopedConfig config;
+        config.config.m_analysis.fftLpc.averageStepMs = 1;
+        auto spec = vowelSpec();
+        spec.seconds = 25.0;
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(spec), 11025.0);
+        CKestruneView view(doc.get());
+        timebase::selectRange(*doc, 0.0, 24000.0);
+        view.setSelectionPresent(true);
+        viewCommand("FFT/LPC Selection").run(view);
+        auto* frame = qobject_cast<CFFTLPCFrame*>(attachedWindow(doc.get(), windowrole::kAverageSpectrum));
+        QVERIFY(frame != nullptr);
+        const sonmetra::CChannel& audio = doc->channel(0);
+        const auto state =
+            libraryState(audio, audio.m_selStartSample, audio.m_selEndSample, config.config.m_analysis.fftLpc);
+        QVERIFY(state.frames > 20000);
+        QCOMPARE(frame->view()->result().frames, state.frames);
+        QVERIFY(std::abs(frame->view()->result().levelDb[16] - (state.spectrum[16] - windowGainDb(256))) < 1e-9);
+        delete frame;
+    }
+
     void aDocumentWithoutAudioGetsAMessageAndNoWindow() {
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
