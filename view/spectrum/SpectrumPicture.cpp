@@ -132,8 +132,11 @@ void drawFrequencyAxis(QPainter& painter, const SpectrumAxes& axes, const Spectr
         }
         if (i % labelEvery == 0) {
             const QString text = QString::number(std::lround(i * step));
+            const double width = fm.horizontalAdvance(text);
+            // Centred under its line, but never past the picture's right edge.
+            const double left = std::min(x - width / 2.0, plot.right() + kRightPx - 1 - width);
             painter.setPen(palette.axis);
-            painter.drawText(QPointF(x - fm.horizontalAdvance(text) / 2.0, plot.bottom() + 5 + fm.ascent()), text);
+            painter.drawText(QPointF(left, plot.bottom() + 5 + fm.ascent()), text);
         }
     }
     const QString caption = QStringLiteral("Frequency (Hz)");

@@ -17,12 +17,13 @@ QString whole(const char* prefix, long value) { return QString(prefix) + QString
 }  // namespace
 
 SpectrumReadoutBar::SpectrumReadoutBar(QWidget* parent) : QWidget(parent) {
-    // The formant text's columns: wide enough for its longest heading.
+    // The formant text's columns: wide enough for its longest heading. It
+    // stands in two lines below the readouts, so that the bar stays narrow.
     const QFontMetrics fm(font());
     m_tabPx = fm.horizontalAdvance(QStringLiteral("Bandwidths")) + 14;
-    m_formantWidthPx = 6 * m_tabPx + fm.horizontalAdvance(QStringLiteral(" 00000.0")) + 4;
+    m_formantHeightPx = 2 * fm.lineSpacing();
     auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(6, 3, m_formantWidthPx + 12, 3);
+    grid->setContentsMargins(6, 3, 6, m_formantHeightPx + 8);
     grid->setHorizontalSpacing(18);
     grid->setVerticalSpacing(2);
     // Three columns of readouts: the settings, then the mouse's power and frequency.
@@ -76,7 +77,7 @@ void SpectrumReadoutBar::paintEvent(QPaintEvent*) {
     QTextOption option;
     option.setTabStopDistance(m_tabPx);
     option.setWrapMode(QTextOption::NoWrap);
-    const QRectF area(width() - m_formantWidthPx - 6, 3, m_formantWidthPx, height() - 6);
+    const QRectF area(6, height() - m_formantHeightPx - 5, width() - 12, m_formantHeightPx + 2);
     painter.setPen(palette().color(QPalette::WindowText));
     painter.drawText(area, m_formants, option);
 }

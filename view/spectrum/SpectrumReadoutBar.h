@@ -44,5 +44,5 @@ private:
     std::array<QLabel*, 8> m_labels{};
     QString m_formants;
     int m_tabPx = 80;
-    int m_formantWidthPx = 500;
+    int m_formantHeightPx = 30;
 };

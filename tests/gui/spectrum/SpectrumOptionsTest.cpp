@@ -115,6 +115,7 @@ private slots:
 
     void fieldsAreEnabledByTheirChecks() {
         FftLpcOptionDialog dialog({}, 11025.0);
+        shoot(&dialog, "options");
         QVERIFY(dialog.absoluteLevelField()->isEnabled());
         dialog.relativeField()->setChecked(true);
         QVERIFY(!dialog.absoluteLevelField()->isEnabled());

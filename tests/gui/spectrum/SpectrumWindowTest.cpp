@@ -245,6 +245,7 @@ private slots:
         QVERIFY(std::abs(axes.hzAtX(p.x()) - 1000.0) < 10.0);
         QVERIFY(plot->noteVisible());
         QVERIFY(plot->noteText().startsWith(QString("%1 Hz\n").arg(std::lround(axes.hzAtX(p.x())))));
+        shoot(spectrum->window(), "vowel-window");
         delete spectrum->window();
     }
 
