@@ -12,6 +12,8 @@ namespace {
 constexpr double kLeftPx = 56, kRightPx = 16, kTopPx = 42, kBottomPx = 36;
 constexpr double kMaxRelativeSpanDb = 150.0;
 constexpr int kFontPx = 11;
+// Room above a Relative plot's highest point for the formant marks and their labels.
+constexpr double kMarkRoomPx = 28;
 
 // 1, 2 or 5 times a power of ten, at least `raw`.
 double niceStep(double raw) {
@@ -274,8 +276,11 @@ SpectrumAxes::SpectrumAxes(const SpectrumPicture& picture, QSize size) {
     const double span =
         std::clamp(std::ceil((highest - lowest) / step - 1e-9) * step, step, std::max(step, kMaxRelativeSpanDb));
     m_referenceDb = highest;
-    m_topDb = highest;
     m_bottomDb = highest - span;
+    // 0 dB stands a little below the top edge, so that a formant at the
+    // highest point is marked above it like every other one.
+    const double levelPx = m_plot.height() - kMarkRoomPx;
+    m_topDb = levelPx > kMarkRoomPx ? highest + span * kMarkRoomPx / levelPx : highest;
 }
 
 double SpectrumAxes::xOfHz(double hz) const { return m_plot.left() + m_plot.width() * hz / m_rangeHz; }

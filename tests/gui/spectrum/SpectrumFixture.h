@@ -111,9 +111,10 @@ void whenModal(std::function<void(T*)> answer) {
 }
 
 // Saves a picture of w when SONMETRA_SHOTS names a folder (for looking at it).
-inline void shoot(QWidget* w, const QString& name) {
+inline void shoot(const QImage& image, const QString& name) {
     const QString folder = qEnvironmentVariable("SONMETRA_SHOTS");
-    if (!folder.isEmpty()) w->grab().save(folder + "/" + name + ".png");
+    if (!folder.isEmpty()) image.save(folder + "/" + name + ".png");
 }
+inline void shoot(QWidget* w, const QString& name) { shoot(w->grab().toImage(), name); }
 
 }  // namespace spectrumtest

@@ -348,23 +348,33 @@ private slots:
         QVERIFY(std::abs(r.levelDb[35] - 70.0) < 0.05);
 
         const QSize size(800, 600);
-        const QImage image = spectrum->screenImage(size);
-        const SpectrumAxes axes = spectrum->axesAt(size);
         // The highest pixel of the spectrum's colour in the plot.
-        auto isFft = [](QColor c) { return c.blue() > 150 && c.red() < 120 && c.green() < 140; };
-        int peakX = -1, peakY = image.height();
-        const QRect plot = axes.plot().toRect().adjusted(1, 1, -1, -1);
-        for (int y = plot.top(); y < plot.bottom() && peakX < 0; ++y)
-            for (int x = plot.left(); x < plot.right(); ++x)
-                if (isFft(image.pixelColor(x, y))) {
-                    peakX = x;
-                    peakY = y;
-                    break;
-                }
-        QVERIFY(peakX >= 0);
-        QVERIFY2(std::abs(peakX - axes.xOfHz(hz)) <= 2.0,
-                 qPrintable(QString("%1 vs %2").arg(peakX).arg(axes.xOfHz(hz))));
-        QVERIFY(std::abs(peakY - axes.yOfLevel(70.0)) <= 2.0);
+        auto peakOf = [&](const SpectrumAxes& axes) {
+            const QImage image = spectrum->screenImage(size);
+            auto isFft = [](QColor c) { return c.blue() > 150 && c.red() < 120 && c.green() < 140; };
+            const QRect plot = axes.plot().toRect().adjusted(1, 1, -1, -1);
+            for (int y = plot.top(); y < plot.bottom(); ++y)
+                for (int x = plot.left(); x < plot.right(); ++x)
+                    if (isFft(image.pixelColor(x, y))) return QPoint(x, y);
+            return QPoint(-1, -1);
+        };
+        const SpectrumAxes axes = spectrum->axesAt(size);
+        const QPoint peak = peakOf(axes);
+        QVERIFY(peak.x() >= 0);
+        QVERIFY2(std::abs(peak.x() - axes.xOfHz(hz)) <= 2.0,
+                 qPrintable(QString("%1 vs %2").arg(peak.x()).arg(axes.xOfHz(hz))));
+        QVERIFY(std::abs(peak.y() - axes.yOfLevel(70.0)) <= 2.0);
+
+        // Relative (spectrum alone): the peak reads 0 dB, and stands low
+        // enough under the top edge for a formant mark above it.
+        config.config.m_analysis.fftLpc.absoluteLevel = 0;
+        config.config.m_analysis.fftLpc.drawLpc = 0;
+        QVERIFY(spectrum->recompute());
+        const SpectrumAxes relative = spectrum->axesAt(size);
+        const QPoint top = peakOf(relative);
+        QVERIFY(std::abs(top.x() - peak.x()) <= 1);
+        QVERIFY(std::abs(relative.labelDbAtY(top.y())) < 0.5);
+        QVERIFY(top.y() - relative.plot().top() >= 20.0);
         delete spectrum->window();
     }
 
@@ -373,6 +383,7 @@ private slots:
     void aBitmapHasThePrintSizeAndColour() {
         ScopedConfig config;
         config.config.m_analysis.fftLpc.print = {5.0, 2.5, 1, 0};
+        config.config.m_analysis.fftLpc.absoluteLevel = 0;
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
@@ -386,6 +397,7 @@ private slots:
         QCOMPARE(dialogs.asked.defaultName, QString("vowel FFT-LPC.bmp"));
         const QImage bitmap(folder.filePath("picture.bmp"), "BMP");
         QVERIFY(!bitmap.isNull());
+        shoot(bitmap, "bitmap-black-white");
         const double dpi = spectrum->logicalDpiX() > 0 ? spectrum->logicalDpiX() : 96.0;
         QCOMPARE(bitmap.size(), printSizePx(config.config.m_analysis.fftLpc.print, dpi));
         bool grey = true, dark = false;
