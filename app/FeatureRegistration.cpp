@@ -3,6 +3,7 @@
 #include "CKestruneApp.h"
 #include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
+#include "frame/IntensitySmoothCommands.h"
 #include "frame/SpectrumOptionCommands.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
@@ -21,6 +22,7 @@ void CKestruneApp::registerFeatures() {
     registerRecordPlayCommands();
     registerSpectrumWindow();
     registerSpectrumOptionCommands();
+    registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }
