@@ -238,7 +238,11 @@ private slots:
         QAction* fft = menus->action(QString(), "FFT/LPC");
         QVERIFY(fft != nullptr);
         QCOMPARE(fft->shortcut(), QKeySequence("Ctrl+F"));
-        QCOMPARE(fft->statusTip(), QString("Perform FFT & LPC analysis\nFFT/LPC"));
+        // The prompt's first line goes to the status bar, its second to the tooltip.
+        QCOMPARE(fft->statusTip(), QString("Perform FFT & LPC analysis"));
+        QCOMPARE(fft->toolTip(), QString("FFT/LPC"));
+        QCOMPARE(menus->action(QString(), "FFT/LPC Selection")->statusTip(),
+                 QString("Perform average FFT & LPC analysis for a selection"));
         for (const char* text : {"FFT/LPC Selection", "FFT/LPC...", "Log..."})
             QVERIFY2(menus->action(QString(), text) != nullptr, text);
         for (const char* text : {"Save As bmp...", "Print...", "Print Preview", "Copy", "Enter at Marker",
