@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "analysis/AnalysisWindow.h"
 #include "analysis/FftSpectrum.h"
 #include "analysis/LpcSpectrum.h"
 
@@ -36,6 +37,7 @@ AnalysisStatus ComputeSpectrumWindow(const SpectrumWindowInput& in, const FftLpc
         return AnalysisStatus::Failed;
     }
 
+    const bool shortWindow = options.appliedPoints > 0 && options.appliedPoints < n;
     const double step = settings.averageStepMs * in.rateHz * 0.001 + 0.5;
     int frames = 0;
     for (int k = 0;; ++k) {
@@ -44,8 +46,19 @@ AnalysisStatus ComputeSpectrumWindow(const SpectrumWindowInput& in, const FftLpc
         const long stop = n + pos <= count ? static_cast<long>(n + pos) : static_cast<long>(count - pos);
         for (long j = first; j < stop; ++j) work[static_cast<std::size_t>(j - first)] = in.samples[j];
         std::copy(work.begin(), work.begin() + n + 1, spectrum.begin());
-        FftSpectrum(spectrum.data(), n, options.preEmphasis, options.windowKind, options.resample, options.nPoints,
-                    options.maxFrequencyHz, in.rateHz, ws);
+        if (shortWindow) {
+            // Window the applied stretch here and hand FftSpectrum a block that
+            // needs no further window or pre-emphasis.
+            const int applied = options.appliedPoints;
+            PrepareBlock(spectrum.data(), spectrum.data(), applied, options.preEmphasis,
+                         ws.window(applied, options.windowKind));
+            std::fill(spectrum.begin() + applied, spectrum.begin() + n + 1, 0.0);
+            FftSpectrum(spectrum.data(), n, 0.0, kRectangularWindow, options.resample, options.nPoints,
+                        options.maxFrequencyHz, in.rateHz, ws);
+        } else {
+            FftSpectrum(spectrum.data(), n, options.preEmphasis, options.windowKind, options.resample, options.nPoints,
+                        options.maxFrequencyHz, in.rateHz, ws);
+        }
         if (k == 0) {
             std::copy(spectrum.begin(), spectrum.begin() + static_cast<long>(average.size()), average.begin());
         } else {

@@ -6,7 +6,10 @@
 //   2. frame k at pos = start + k·step: N samples as doubles from cut(pos) when
 //      N + pos ≤ count, otherwise the indices cut(pos) … while j < cut(count − pos)
 //      (a position mixed with a remaining length); the rest of the work block
-//      keeps what earlier frames left there. FftSpectrum of a copy of it;
+//      keeps what earlier frames left there. FftSpectrum of a copy of it; with
+//      an applied window of L < N points only the first L points of the copy
+//      are windowed (a window of L points) and the rest is zero, so that the
+//      transform of N points interpolates the spectrum of the shorter stretch;
 //   3. average = spectrum for the first frame, then (spectrum + average)·0.5:
 //      the last frame weighs 1/2, the one before 1/4, … (deliberate);
 //   4. stop once N + pos ≥ end; the first frame is always computed, so at the
@@ -52,6 +55,9 @@ struct SpectrumWindowOptions {
     int resample = 0;  // 0: the N/2 bins as they are
     int nPoints = 0;
     int maxFrequencyHz = 0;
+    // Points of each frame that are windowed and transformed, the rest of the
+    // N being zero; 0 (or N and more) takes all N.
+    int appliedPoints = 0;
 };
 
 AnalysisStatus ComputeSpectrumWindow(const SpectrumWindowInput& input, const FftLpcSettings& settings,

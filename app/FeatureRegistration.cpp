@@ -5,11 +5,13 @@
 #include "frame/FrameViewCommands.h"
 #include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
+#include "frame/SpectrumOptionCommands.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
 #include "view/pitch/PitchCommands.h"
+#include "view/spectrum/SpectrumCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
@@ -22,6 +24,8 @@ void CKestruneApp::registerFeatures() {
     registerRecordPlayCommands();
     registerPitchWindow();
     registerPitchOptionCommands();
+    registerSpectrumWindow();
+    registerSpectrumOptionCommands();
     registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);

@@ -20,6 +20,15 @@ QAction* actionFromMenuText(QMenu* menu, const QString& menuText) {
 
 namespace {
 
+// A prompt of two lines, "status text\ntip", gives the status bar its first
+// line and the tooltip its second; a prompt of one line serves both.
+void setPrompt(QAction* a, const QString& prompt) {
+    const qsizetype split = prompt.indexOf('\n');
+    a->setStatusTip(split < 0 ? prompt : prompt.left(split));
+    const QString tip = split < 0 ? prompt : prompt.mid(split + 1);
+    a->setToolTip(tip.isEmpty() ? a->text().remove('&') : tip);
+}
+
 // The titles of `commands` in menu-bar order: listed titles first, the rest
 // in the order they were registered.
 template <class Command>
@@ -72,8 +81,7 @@ void CommandMenus::buildWaveformContext(QMenuBar* bar, QAction* before) {
         for (const ViewCommand* c : entriesOf(commands, title)) {
             if (c->separatorBefore) menu->addSeparator();
             QAction* a = actionFromMenuText(menu, c->text);
-            a->setStatusTip(c->statusTip);
-            a->setToolTip(c->statusTip.isEmpty() ? a->text().remove('&') : c->statusTip);
+            setPrompt(a, c->statusTip);
             a->setCheckable(c->checkable);
             connect(a, &QAction::triggered, this, [this, c] {
                 CKestruneView* view = activeView();
@@ -106,8 +114,7 @@ void CommandMenus::buildWindowContext(const QString& name, QMenuBar* bar, QActio
         for (const WindowCommand* c : entriesOf(commands, title)) {
             if (c->separatorBefore) menu->addSeparator();
             QAction* a = actionFromMenuText(menu, c->text);
-            a->setStatusTip(c->statusTip);
-            a->setToolTip(c->statusTip.isEmpty() ? a->text().remove('&') : c->statusTip);
+            setPrompt(a, c->statusTip);
             a->setCheckable(c->checkable);
             connect(a, &QAction::triggered, this, [this, c, name] {
                 QWidget* window = activeWindowOf(name);

@@ -97,6 +97,11 @@ constexpr Entry kStrings[] = {
     {IDS_SAMPLE_ROUTINE_FAILED, "Sample routine failed."},
     {IDS_USB_PLAY_RATE, "The sample rate of %s Hz cannot be played through the unit."},
     {IDS_REPLACE_FILE_Q, "'%s' already exists.\nDo you want to replace it?"},
+
+    {IDS_FFT_NO_AUDIO_CHANNEL,
+     "This document has no audio channel.\nThe FFT/LPC spectrum is computed on the audio channel only."},
+    {IDS_FFT_APPLIED_WINDOW_RANGE, "Selected applied window is out of range.\nIt will be adjusted to maximum."},
+    {IDS_FFT_FREQUENCY_RANGE, "Selected display frequency is out of range.\nIt will be adjusted to maximum. "},
 };
 
 }  // namespace

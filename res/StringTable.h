@@ -92,6 +92,11 @@ enum StringId : int {
 
     // Save dialogs.
     IDS_REPLACE_FILE_Q = 62100,  // "%s": the path that the chosen file type gave the name
+
+    // FFT/LPC spectrum window and its option dialog.
+    IDS_FFT_NO_AUDIO_CHANNEL = 62200,
+    IDS_FFT_APPLIED_WINDOW_RANGE,
+    IDS_FFT_FREQUENCY_RANGE,
 };
 
 // The text of a string number; an unknown number gives an empty text.

@@ -124,6 +124,31 @@ TEST(SpectrumWindow, NearTheEndTheCopyBoundMixesPositionAndLength) {
     for (int k = 0; k < 128; ++k) EXPECT_EQ(state.spectrum[k], 0.0) << k;
 }
 
+TEST(SpectrumWindow, AShorterAppliedWindowIsZeroPaddedToTheFftSize) {
+    auto x = test::referenceSignal(2000);
+    std::vector<std::int16_t> s(x.begin(), x.begin() + 2000);
+    FftLpcSettings settings = AnalysisSettings::defaultsForRate(11025.0).fftLpc;
+    settings.fftSizeIndex = 5;  // 1024 points
+    SpectrumWindowOptions options;
+    options.appliedPoints = 253;
+    SpectrumWindowState shortState;
+    ASSERT_EQ(ComputeSpectrumWindow(windowInput(s, 500, 500, 11025.0), settings, options, shortState),
+              AnalysisStatus::Ok);
+    // Hamming of 253 points over the stretch, zeros to 1024, no further window.
+    std::vector<double> f(1100, 0.0);
+    for (int i = 0; i < 253; ++i) f[i] = s[500 + i] * (0.54 - 0.46 * std::cos(2.0 * M_PI * i / 253));
+    FftSpectrum(f.data(), 1024, 0.0, 0, 0, 0, 0, 11025.0);
+    ASSERT_EQ(shortState.spectrum.size(), 512u);
+    for (int k = 0; k < 512; ++k) EXPECT_NEAR(shortState.spectrum[k], f[k], 1e-9) << k;
+
+    // The whole frame applied is the plain computation, bit for bit.
+    SpectrumWindowState plain, whole;
+    options.appliedPoints = 1024;
+    ASSERT_EQ(ComputeSpectrumWindow(windowInput(s, 500, 900, 11025.0), settings, {}, plain), AnalysisStatus::Ok);
+    ASSERT_EQ(ComputeSpectrumWindow(windowInput(s, 500, 900, 11025.0), settings, options, whole), AnalysisStatus::Ok);
+    EXPECT_EQ(plain.spectrum, whole.spectrum);
+}
+
 TEST(SpectrumWindow, FormantsCarryTheHalfAndSurviveAFailedFactoring) {
     synth::VowelSpec vowel;
     auto s = synth::synthesizeVowel(vowel);
