@@ -7,6 +7,7 @@
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
+#include "view/scope/ScopeCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
@@ -17,6 +18,7 @@ void CKestruneApp::registerFeatures() {
     registerEditCommands();
     registerLabelCommands();
     registerRecordPlayCommands();
+    registerScopeCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }
