@@ -4,10 +4,17 @@
 #include <new>
 
 #include "analysis/IntensityContour.h"
+#include "analysis/SampleRateRange.h"
 #include "analysis/SmoothSamples.h"
+#include "document/ChannelRate.h"
+#include "document/MessageService.h"
 
 namespace sonmetra {
 namespace {
+
+// Shortest step of the contour, in samples: a shorter one would make the
+// number of frames, each a whole window long, too large to ever finish.
+constexpr double kMinIntensityStepSamples = 1e-3;
 
 // The samples the channel really holds, whatever its count field says.
 double usableCount(const CChannel& ch) { return std::min(ch.m_sampleCount, static_cast<double>(ch.m_samples.size())); }
@@ -20,8 +27,10 @@ bool ComputeIntensity(CChannel& ch) {
     ch.m_intensityValid = 0;
     ch.m_intensityMin = 0.0;
     ch.m_intensityMax = 0.0;
+    if (!rateInRange(ch.m_rateHz)) return false;
     const double window = ch.m_intensityWindowMs * ch.m_rateHz * 0.001 + 0.5;
     const double step = ch.m_intensityStepMs * ch.m_rateHz * 0.001;
+    if (!(step >= kMinIntensityStepSamples)) return false;
     const double count = usableCount(ch);
     std::vector<double> contour;
     try {
@@ -50,6 +59,10 @@ AnalysisStatus ComputeIntensityAllChannels(CKestruneDoc& doc, const AnalysisProg
     const int count = doc.channelCount();
     for (int i = 0; i < count; ++i) {
         CChannel& ch = doc.channel(i);
+        if (const std::string problem = channelRateProblem(ch, i); !problem.empty()) {
+            showMessage(problem);
+            return AnalysisStatus::Failed;
+        }
         ch.m_intensityShown = 1;
         if (!ComputeIntensity(ch)) return AnalysisStatus::Failed;
         if (progress && !progress(i + 1, count)) return AnalysisStatus::Cancelled;

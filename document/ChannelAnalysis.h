@@ -6,8 +6,9 @@
 // ComputeIntensity: window = window ms · rate · 0.001 + 0.5 (fractional, not
 // cut: the averaging divides by it), step = step ms · rate · 0.001; a contour of
 // one value per sample in dB (IntensityContour, start 0). Returns false on
-// failure (no memory, or a step that is not above 0); the channel then holds
-// no contour.
+// failure (no memory, a rate outside analysis/SampleRateRange.h, or a step
+// below a thousandth of a sample, which would make the frames countless);
+// the channel then holds no contour.
 //
 // SmoothChannel: with the channel's smoothing flag on, the forward-looking
 // moving average of SmoothSamples over its samples.
@@ -30,7 +31,8 @@ bool SmoothChannel(CChannel& channel);
 // flag. The progress callback runs after every channel and may cancel before
 // the next one. A failure stops the loop at that channel (Failed); channels
 // already done keep their results. The caller shows kIntensityFailedText or
-// kSmoothFailedText.
+// kSmoothFailedText; a channel whose rate cannot be used has first been
+// reported with what is wrong with it (channelRateProblem).
 AnalysisStatus ComputeIntensityAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress = {});
 AnalysisStatus SmoothAllChannels(CKestruneDoc& doc, const AnalysisProgress& progress = {});
 

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "document/ChannelAnalysis.h"
+#include "document/MessageService.h"
 
 namespace sonmetra {
 namespace {
@@ -61,6 +62,34 @@ TEST(ChannelAnalysis, AllChannelsStopAtAFailureOrACancel) {
     EXPECT_EQ(SmoothAllChannels(doc), AnalysisStatus::Ok);
     EXPECT_EQ(doc.channel(0).m_samples[0], 50);
     EXPECT_EQ(doc.channel(1).m_samples[0], 0);
+}
+
+// A channel whose rate no analysis can use fails at once instead of
+// counting countless frames, and the loop over the document says why.
+TEST(ChannelAnalysis, IntensityRefusesARateOutsideTheRange) {
+    RecordingMessageService messages;
+    ScopedMessageService install(&messages);
+    CKestruneDoc doc;
+    for (int i = 0; i < 2; ++i) {
+        CChannel& ch = doc.channel(i);
+        ASSERT_TRUE(ch.m_samples.resize(62769));
+        ch.m_sampleCount = 62769;
+        ch.m_rateHz = 11025.0;
+        ch.m_name = i == 0 ? "Audio" : "Airflow";
+    }
+    doc.setChannelCount(2);
+    for (const double rate : {6.1e-305, 0.0, -1.0, std::nan(""), HUGE_VAL, 1e300}) {
+        doc.channel(1).m_rateHz = rate;
+        EXPECT_FALSE(ComputeIntensity(doc.channel(1))) << rate;
+        messages.clear();
+        EXPECT_EQ(ComputeIntensityAllChannels(doc), AnalysisStatus::Failed) << rate;
+        ASSERT_EQ(messages.texts().size(), 1u);
+        EXPECT_EQ(messages.texts()[0].rfind("The sample rate of channel 2 (Airflow) ", 0), 0u) << messages.texts()[0];
+        EXPECT_EQ(doc.channel(0).m_intensityValid, 1) << "the channel before keeps its contour";
+    }
+    // A step of a millionth of a sample is refused too.
+    doc.channel(0).m_intensityStepMs = 1e-7;
+    EXPECT_FALSE(ComputeIntensity(doc.channel(0)));
 }
 
 }  // namespace
