@@ -57,7 +57,7 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     buildHelpMenu();
     m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
-    addRecordPlayWindowCommand(this, m_mdi);
+    addRecordPlayWindowCommand(this, m_mdi, *m_commandMenus);
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at

@@ -59,4 +59,8 @@ void registerScopeCommands() {
     registry.add(windowCommand<CScopeView>(context, QStringLiteral("&Options"), QStringLiteral("Record/Play"),
                                            QStringLiteral("Shows or hides the record and play options"), 10,
                                            [](CScopeView& v) { toggleRecordPlayBesideScope(areaOf(v)); }));
+    // "Scope" in front of a scope that has stopped starts it again.
+    registry.add(windowCommand<CScopeView>(context, QStringLiteral("&Record/Play"), QStringLiteral("Scope"),
+                                           QStringLiteral("Starts the scope again after it has stopped"), 10,
+                                           [](CScopeView& v) { CScopeChildFrame::open(areaOf(v)); }));
 }

@@ -7,9 +7,11 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMdiArea>
+#include <QMenu>
 #include <QMenuBar>
 #include <QScrollBar>
 #include <QTimer>
+#include <QToolBar>
 #include <algorithm>
 #include <functional>
 
@@ -423,6 +425,19 @@ private slots:
         QAction* options = recordPlayAreaCommand(&frame, "Record/Play");
         QVERIFY(scope != nullptr && options != nullptr);
         QVERIFY(scope->isEnabled());
+        // "Scope" ends the Record/Play menu, "Record/Play" heads Options, and
+        // both are on the toolbar whichever window is in front.
+        const auto shownMenu = [&](const QString& title) -> QMenu* {
+            for (QAction* a : frame.menuBar()->actions())
+                if (a->menu() && a->isVisible() && a->text() == title) return a->menu();
+            return nullptr;
+        };
+        QVERIFY(shownMenu("&Record/Play") != nullptr && shownMenu("&Options") != nullptr);
+        QCOMPARE(shownMenu("&Record/Play")->actions().last(), scope);
+        QCOMPARE(shownMenu("&Options")->actions().first(), options);
+        const auto* tools = frame.findChild<QToolBar*>("recordPlayToolBar");
+        QVERIFY(tools != nullptr && tools->isVisible());
+        QCOMPARE(tools->actions(), (QList<QAction*>{options, scope}));
 
         scope->trigger();
         CScopeChildFrame* window = CScopeChildFrame::instance();
@@ -456,6 +471,14 @@ private slots:
         scope->trigger();
         QCOMPARE(CScopeChildFrame::instance(), window);
         QCOMPARE(frame.mdiArea()->activeSubWindow(), window);
+        QVERIFY(snapshots(window->scopeView(), window->scopeView()->snapshotsTaken() + 1));
+        // With the scope in front its own Record/Play menu has "Scope", which starts a stopped scope again.
+        QAction* again = frame.commandMenus()->action("scope", "Scope");
+        QVERIFY(again != nullptr && shownMenu("&Record/Play")->actions().contains(again));
+        window->scopeView()->stopRefresh();
+        QVERIFY(!window->scopeView()->refreshing());
+        again->trigger();
+        QVERIFY(window->scopeView()->refreshing());
         QVERIFY(snapshots(window->scopeView(), window->scopeView()->snapshotsTaken() + 1));
         if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty()) frame.grab().save(dir + "/scope.png");
         QVERIFY(m_messages->texts().empty());
