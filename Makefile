@@ -11,7 +11,7 @@ FUZZ_SECONDS ?= 60
 
 # Debian packages the build, the tests and the workstation need.
 PACKAGES := cmake ninja-build g++ pkg-config \
-  qt6-base-dev qt6-base-dev-tools libgl-dev \
+  qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
   portaudio19-dev libusb-1.0-0-dev libsndfile1-dev zlib1g-dev \
   libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev \
   xvfb xauth pulseaudio pulseaudio-utils libasound2-plugins alsa-utils \

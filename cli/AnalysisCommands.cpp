@@ -303,6 +303,7 @@ int runIntensity(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
         throw UsageError("--step-ms must be at least a thousandth of a sample at the channel's rate");
     if (args.flag("normalise")) ch.m_normalise = 1;
     const int every = wholeOption(args, "every", 1, 1, 2000000000);
+    if (const std::string problem = intensityWorkProblem(ch, index); !problem.empty()) fail(problem);
     ch.m_intensityShown = 1;
     if (!ComputeIntensity(ch)) fail(kIntensityFailedText);
     TableWriter t(out);

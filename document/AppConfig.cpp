@@ -59,6 +59,7 @@ void writePrint(const PrintSize& p, AppConfig::Record& r, std::size_t at) {
 }  // namespace
 
 AppConfig::AppConfig() {
+    m_channelSettings[0].smoothingOn = 0;
     setBuiltInChannelTable();
     m_analysis.applyRateDefaults(m_audioRateHz);
 }

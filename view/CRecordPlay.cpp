@@ -212,6 +212,17 @@ void CRecordPlay::showRecordedChannels() {
     m_view.update();
 }
 
+void CRecordPlay::stop() {
+    if (m_recording) {
+        stopRecording();
+    } else if (m_recordPending) {
+        m_recordPending = false;  // timer 1 finds it cleared and records nothing
+        m_view.update();
+    } else {
+        stopPlayback();
+    }
+}
+
 void CRecordPlay::stopPlayback() {
     if (m_waveOut) {
         m_waveOut->Pause();
@@ -325,4 +336,10 @@ void registerRecordPlayCommands() {
         [hasData](const CKestruneView& v) { return hasData(v) && v.selectionPresent(); });
     add(
         "Play Window", "Plays the displayed stretch", 40, [](CRecordPlay& e) { e.playWindow(); }, hasData);
+    add(
+        "Stop", "Stops playing or recording", 50, [](CRecordPlay& e) { e.stop(); },
+        [](const CKestruneView& v) {
+            const auto* e = v.extension<CRecordPlay>();
+            return e != nullptr && (e->recording() || e->recordPending() || e->playing());
+        });
 }

@@ -250,6 +250,25 @@ TEST_F(CliTest, AnalysesRefuseARateOutsideTheRangeAndSayWhatIsWrong) {
         EXPECT_TRUE(info.err.empty()) << info.err;
         // The other channels, at their own rates, are analysed as usual.
         EXPECT_EQ(run("intensity " + path + " --channel 2 --every 1000", dir).status, 0) << what;
+    }
+}
+
+// A window and step that would take billions of sums are refused at once,
+// saying what to change, instead of keeping the terminal busy for hours.
+TEST_F(CliTest, IntensityRefusesAContourOfCountlessSums) {
+    CKestruneDoc doc;
+    fillSampleDocument(doc);
+    const std::string path = dir.file("sample.kvd");
+    ASSERT_TRUE(doc.saveAs(path, 1));
+    const Result r = run("intensity " + path + " --window-ms 200 --step-ms 0.0002", dir);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err,
+              "The intensity contour of channel 1 (Audio) would sum 2.2e+09 samples (a window of 200 ms every 0.0002 "
+              "ms), too many to compute. Make the window shorter or the step longer.\n");
+    EXPECT_TRUE(r.out.empty());
+    EXPECT_EQ(run("intensity " + path + " --window-ms 200 --step-ms 0.01", dir).status, 0);
+}
+
 namespace {
 
 // The level table of the spectrogram command: one row of doubles per column.

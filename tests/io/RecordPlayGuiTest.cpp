@@ -277,8 +277,8 @@ TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     std::map<QString, const ViewCommand*> byText;
     for (const ViewCommand& c : ViewCommandRegistry::instance().commands())
         if (c.menu == "&Record/Play") byText[c.text] = &c;
-    ASSERT_EQ(byText.size(), 4u);
-    for (const char* text : {"Record\tCtrl+R", "Play All\tCtrl+Y", "Play Selection\tCtrl+U", "Play Window"})
+    ASSERT_EQ(byText.size(), 5u);
+    for (const char* text : {"Record\tCtrl+R", "Play All\tCtrl+Y", "Play Selection\tCtrl+U", "Play Window", "Stop"})
         ASSERT_TRUE(byText.count(text)) << text;
     EXPECT_TRUE(byText["Record\tCtrl+R"]->enabled(*m_view));
     EXPECT_FALSE(byText["Play All\tCtrl+Y"]->enabled(*m_view));
@@ -287,8 +287,45 @@ TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     EXPECT_FALSE(byText["Play Selection\tCtrl+U"]->enabled(*m_view));
     m_view->setSelectionPresent(true);
     EXPECT_TRUE(byText["Play Selection\tCtrl+U"]->enabled(*m_view));
+    EXPECT_FALSE(byText["Stop"]->enabled(*m_view));  // nothing to stop
     m_doc.setRecordable(false);
     EXPECT_FALSE(byText["Record\tCtrl+R"]->enabled(*m_view));
+}
+
+TEST_F(RecordPlayGui, StopEndsPlaybackAndKeepsWhatWasRecorded) {
+    const ViewCommand* stop = nullptr;
+    for (const ViewCommand& c : ViewCommandRegistry::instance().commands())
+        if (c.menu == "&Record/Play" && c.text == "Stop") stop = &c;
+    ASSERT_NE(stop, nullptr);
+
+    fillTone(m_doc, 8000, 2.0);
+    m_view->channelsEdited();
+    m_feature->playAll();
+    ASSERT_TRUE(m_sim->outputOpen());
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    EXPECT_FALSE(m_sim->outputOpen());
+    EXPECT_FALSE(m_feature->display().cursorShown());
+    EXPECT_FALSE(stop->enabled(*m_view));
+
+    // A record chosen but not yet started records nothing.
+    m_feature->record();
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    QTest::qWait(50);  // timer 1 has fired by now
+    EXPECT_FALSE(m_feature->recording());
+    EXPECT_FALSE(m_sim->inputOpen());
+    EXPECT_EQ(m_doc.channel(0).m_name, "Audio");
+
+    // During a recording: the buffers captured so far become the channel.
+    startRecording();
+    completeCaptureBuffer(1);
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    EXPECT_FALSE(m_feature->recording());
+    EXPECT_FALSE(m_sim->inputOpen());
+    EXPECT_EQ(m_doc.channel(0).m_name, "Recorded file");
+    EXPECT_EQ(m_doc.channel(0).m_sampleCount, static_cast<double>(CWaveIn::bufferLengthForRate(11000)));
 }
 
 }  // namespace
