@@ -12,6 +12,7 @@
 #include "view/WaveformCommands.h"
 #include "view/pitch/PitchCommands.h"
 #include "view/spectrum/SpectrumCommands.h"
+#include "view/scope/ScopeCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;
@@ -26,6 +27,7 @@ void CKestruneApp::registerFeatures() {
     registerPitchOptionCommands();
     registerSpectrumWindow();
     registerSpectrumOptionCommands();
+    registerScopeCommands();
     registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <iostream>
+#include <utility>
 
 #include "res/StringTable.h"
 
@@ -13,10 +14,13 @@ public:
     MsgAnswer show(const std::string& text, MsgButtons buttons, MsgIcon) override {
         std::cerr << text << '\n';
         switch (buttons) {
-        case MsgButtons::Ok: return MsgAnswer::Ok;
-        case MsgButtons::YesNo: return MsgAnswer::No;
-        case MsgButtons::YesNoCancel:
-        case MsgButtons::OkCancel: return MsgAnswer::Cancel;
+            case MsgButtons::Ok:
+                return MsgAnswer::Ok;
+            case MsgButtons::YesNo:
+                return MsgAnswer::No;
+            case MsgButtons::YesNoCancel:
+            case MsgButtons::OkCancel:
+                return MsgAnswer::Cancel;
         }
         return MsgAnswer::Cancel;
     }
@@ -25,6 +29,7 @@ public:
 
 StderrMessageService g_stderrService;
 std::atomic<IMessageService*> g_service{nullptr};
+thread_local IMessageService* t_service = nullptr;
 
 MsgAnswer firstButton(MsgButtons buttons) {
     return (buttons == MsgButtons::Ok || buttons == MsgButtons::OkCancel) ? MsgAnswer::Ok : MsgAnswer::Yes;
@@ -33,11 +38,14 @@ MsgAnswer firstButton(MsgButtons buttons) {
 }  // namespace
 
 IMessageService& messages() {
+    if (t_service != nullptr) return *t_service;
     IMessageService* s = g_service.load();
     return s ? *s : g_stderrService;
 }
 
 IMessageService* setMessageService(IMessageService* service) { return g_service.exchange(service); }
+
+IMessageService* setThreadMessageService(IMessageService* service) { return std::exchange(t_service, service); }
 
 MsgAnswer showMessage(int stringId, MsgButtons buttons, MsgIcon icon) {
     return messages().show(loadString(stringId), buttons, icon);

@@ -29,6 +29,11 @@ public:
 IMessageService& messages();
 // Installs a service (nullptr restores the default) and returns the previous one.
 IMessageService* setMessageService(IMessageService* service);
+// Installs a service for the calling thread alone, in front of the
+// process-wide one (nullptr removes it), and returns the previous one. A
+// worker that must not show a box itself holds its messages this way while
+// the interface goes on showing its own.
+IMessageService* setThreadMessageService(IMessageService* service);
 
 // Conveniences over messages(): a text by string number, optionally with one
 // %s argument substituted (the titles in the close and record questions).
@@ -55,6 +60,18 @@ private:
     std::vector<std::string> m_texts;
     std::deque<MsgAnswer> m_answers;
     int m_beeps = 0;
+};
+
+// The calling thread's own service for the lifetime of a scope.
+class ScopedThreadMessageService {
+public:
+    explicit ScopedThreadMessageService(IMessageService* service) : m_previous(setThreadMessageService(service)) {}
+    ~ScopedThreadMessageService() { setThreadMessageService(m_previous); }
+    ScopedThreadMessageService(const ScopedThreadMessageService&) = delete;
+    ScopedThreadMessageService& operator=(const ScopedThreadMessageService&) = delete;
+
+private:
+    IMessageService* m_previous;
 };
 
 // Installs a service for the lifetime of a scope (tests, the CLI).

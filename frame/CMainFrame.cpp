@@ -62,10 +62,10 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
     keepWindowShortcutsOffMenus(m_mdi, menuBar());
-    addRecordPlayWindowCommand(this, m_mdi);
     m_toolBar = new MainToolBar(this, m_commandMenus, m_fileMenu, [this](QAction* a) { return commandAllowed(a); });
     addToolBar(Qt::TopToolBarArea, m_toolBar);
     addViewToggles(this, m_commandMenus, m_toolBar, m_statusWindow);
+    addRecordPlayWindowCommand(this, m_mdi, *m_commandMenus);
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at

@@ -27,6 +27,7 @@
 #include "recordplay/RecordPlayConfig.h"
 #include "recordplay/UnitRecordPlay.h"
 #include "res/StringTable.h"
+#include "scope/CScopeChildFrame.h"
 
 using namespace sonmetra;
 
@@ -107,6 +108,8 @@ bool CRecordPlay::saveBeforeRecording() {
 
 void CRecordPlay::record() {
     if (m_recording || m_recordPending) return;
+    // Recording and the live scope never use the unit together.
+    CScopeChildFrame::closeOpenScope();
     // What the options window shows is what is recorded; a refused value ends the command here.
     if (!CFormRecordPlay::takeOpenFormSettings()) return;
     if (!saveBeforeRecording()) return;

@@ -3,11 +3,12 @@
 // source "External Hardware", the external unit (recordplay/UnitRecordPlay.h).
 // Each reads the open record and play options window first.
 //
-// Record asks whether to save a modified document, clears the labels and
-// starts timer 1; when it fires, a new CWaveIn records into a new sample
-// block while the view shows "Recording...   press mouse to stop" and the
-// engine's strip chart. A left press in the view stops it and the block
-// becomes channel 0, "Recorded file", the document's only channel.
+// Record closes the live scope (scope/CScopeChildFrame.h), asks whether to
+// save a modified document, clears the labels and starts timer 1; when it
+// fires, a new CWaveIn records into a new sample block while the view shows
+// "Recording...   press mouse to stop" and the engine's strip chart. A left
+// press in the view stops it and the block becomes channel 0, "Recorded
+// file", the document's only channel.
 // The play commands hand a stretch of the audio channel to a new CWaveOut,
 // in one buffer for signals of at most 1000 ms, and the engine moves a
 // one-pixel play cursor over the trace area. A new Record or play stops

@@ -20,6 +20,12 @@ std::atomic<int> g_driverSetting{0};
 std::mutex g_driverMutex;
 std::shared_ptr<IUsbDriver> g_installed;  // guarded by g_driverMutex
 std::shared_ptr<IUsbDriver> g_default;    // guarded by g_driverMutex; made on first use
+// The unit serves one connection at a time. The probe, identify, recording
+// and playback each hold it for their whole run, so that an operation
+// started on one thread (the interface) while another thread's (the live
+// scope's snapshot) is under way waits for it to end instead of failing to
+// open. Recursive because identify probes first.
+std::recursive_mutex g_unitTurn;
 
 [[noreturn]] void fail(int stringId) {
     beep();
@@ -69,6 +75,7 @@ int OpenDevice(UsbHandle& handle, const std::string& deviceName) {
 }
 
 bool ProbeDevice(const std::string& deviceName) {
+    std::lock_guard turn(g_unitTurn);
     UsbHandle handle = usbDriver()->openUnit(deviceName);
     const bool valid = handle != nullptr;
     if (handle) handle->closeConnection();
@@ -116,6 +123,7 @@ int UnitChannelsFromIdentify(std::uint8_t byte0) {
 }
 
 int IdentifyDevice() {
+    std::lock_guard turn(g_unitTurn);
     const std::string name = currentDeviceName();
     if (!ProbeDevice(name)) return -1;
     UsbHandle handle;
@@ -146,6 +154,7 @@ int RecordFromDevice(std::span<std::uint8_t> destination, std::uint32_t unitByte
     if (destination.size() < total) throw std::length_error("recording destination too small");
     const std::vector<std::uint32_t> reads = ReadChunkSizes(total, unitBytes);
 
+    std::lock_guard turn(g_unitTurn);
     UsbHandle handle;
     OpenDevice(handle, currentDeviceName());
     try {
@@ -218,6 +227,7 @@ void PlayThroughDevice(std::span<const std::uint8_t> samples, double startOffset
     const double available = static_cast<double>(samples.size()) > start ? samples.size() - start : 0.0;
     const PlayPlan plan = PlanPlayback(start, std::min(std::trunc(length), available));
 
+    std::lock_guard turn(g_unitTurn);
     UsbHandle handle;
     OpenDevice(handle, currentDeviceName());
     try {

@@ -4,7 +4,8 @@
 //
 // Every operation is synchronous and opens the unit anew; each closes what
 // it opened before it returns, the probe and identify included (a unit's
-// interface can be held by one connection at a time). A failure beeps, shows
+// interface can be held by one connection at a time; an operation started
+// while another thread's is under way waits for it). A failure beeps, shows
 // its message through the message service and throws UserException; after
 // a successful open, a failed recording or playback first sends the stop
 // request (quietly: a stop that fails as well adds no second message).

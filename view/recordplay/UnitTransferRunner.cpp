@@ -6,10 +6,9 @@
 #include <QTimer>
 #include <atomic>
 #include <exception>
-#include <mutex>
 #include <thread>
-#include <vector>
 
+#include "HeldMessages.h"
 #include "document/MessageService.h"
 #include "document/UserException.h"
 #include "res/StringTable.h"
@@ -17,43 +16,6 @@
 using namespace sonmetra;
 
 namespace {
-
-// Keeps what the worker shows; replayed in order by the interface thread.
-class HeldMessages : public IMessageService {
-public:
-    MsgAnswer show(const std::string& text, MsgButtons buttons, MsgIcon icon) override {
-        std::lock_guard lock(m_mutex);
-        m_items.push_back({false, text, buttons, icon});
-        return buttons == MsgButtons::Ok || buttons == MsgButtons::OkCancel ? MsgAnswer::Ok : MsgAnswer::Yes;
-    }
-    void beep() override {
-        std::lock_guard lock(m_mutex);
-        m_items.push_back({true, {}, MsgButtons::Ok, MsgIcon::None});
-    }
-    void replay() {
-        std::vector<Item> items;
-        {
-            std::lock_guard lock(m_mutex);
-            items.swap(m_items);
-        }
-        for (const Item& i : items) {
-            if (i.beep)
-                sonmetra::beep();
-            else
-                messages().show(i.text, i.buttons, i.icon);
-        }
-    }
-
-private:
-    struct Item {
-        bool beep;
-        std::string text;
-        MsgButtons buttons;
-        MsgIcon icon;
-    };
-    std::mutex m_mutex;
-    std::vector<Item> m_items;  // guarded by m_mutex
-};
 
 QString elapsedText(const QString& what, qint64 elapsedMs, double expectedMs) {
     QString text = QStringLiteral("%1...\nElapsed: %2 s").arg(what).arg(elapsedMs / 1000.0, 0, 'f', 1);
