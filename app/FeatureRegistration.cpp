@@ -3,6 +3,7 @@
 #include "CKestruneApp.h"
 #include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
+#include "frame/SpectrogramOptionDialog.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
@@ -17,6 +18,7 @@ void CKestruneApp::registerFeatures() {
     registerEditCommands();
     registerLabelCommands();
     registerRecordPlayCommands();
+    registerSpectrogramWindow();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }
