@@ -85,11 +85,20 @@ void drawFrequencyAxis(QPainter& p, const SpectrogramLayout& l, const sonmetra::
     for (double hz = 0.0; hz <= rangeHz + 1e-6; hz += step) {
         const double y = l.hzToY(hz, rangeHz);
         p.drawLine(QLineF(l.image.left() - 4, y, l.image.left(), y));
-        const QRectF box(0, y - fm.height() / 2.0, l.image.left() - 6, fm.height());
+        const QRectF box(SpectrogramLayout::kAxisTitleWidth, y - fm.height() / 2.0,
+                         l.image.left() - 6 - SpectrogramLayout::kAxisTitleWidth, fm.height());
         p.drawText(box, Qt::AlignRight | Qt::AlignVCenter, numberText(hz, step));
     }
-    p.drawText(QRectF(0, 0, l.image.left() - 6, SpectrogramLayout::kTopMargin + fm.height()),
-               Qt::AlignRight | Qt::AlignTop, QStringLiteral("Hz"));
+    // The axis title runs up the left edge beside the image, clear of the
+    // numbers and of the panes above and below.
+    const QString title = fm.horizontalAdvance(QStringLiteral("Frequency (Hz)")) + 8 < l.image.height()
+                              ? QStringLiteral("Frequency (Hz)")
+                              : QStringLiteral("Hz");
+    p.save();
+    p.translate(0.0, l.image.top() + l.image.height() / 2.0);
+    p.rotate(-90.0);
+    p.drawText(QRectF(-l.image.height() / 2.0, 1.0, l.image.height(), fm.height()), Qt::AlignCenter, title);
+    p.restore();
 }
 
 void drawTimeAxis(QPainter& p, const SpectrogramLayout& l, const sonmetra::SpectrogramSettings& s, double startMs,

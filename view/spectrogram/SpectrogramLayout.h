@@ -10,7 +10,8 @@
 #include "analysis/AnalysisSettings.h"
 
 struct SpectrogramLayout {
-    static constexpr int kLeftMargin = 52;  // frequency labels
+    static constexpr int kAxisTitleWidth = 14;                // "Frequency (Hz)" turned upright
+    static constexpr int kLeftMargin = 52 + kAxisTitleWidth;  // and the frequency labels
     static constexpr int kRightMargin = 12;
     static constexpr int kTopMargin = 8;
     static constexpr int kBottomMargin = 22;  // time labels
