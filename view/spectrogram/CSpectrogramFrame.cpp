@@ -52,6 +52,7 @@ CSpectrogramFrame* CSpectrogramFrame::open(sonmetra::CKestruneDoc& doc, const Sp
         if (waveform != nullptr) frame->m_view->setWaveformView(waveform);
         bringToFront(frame);
         frame->m_view->recompute();
+        frame->m_view->takeWaveformMarks();
         return frame;
     }
     auto* frame = new CSpectrogramFrame(&doc);
@@ -76,5 +77,6 @@ CSpectrogramFrame* CSpectrogramFrame::open(sonmetra::CKestruneDoc& doc, const Sp
         frame->close();
         return nullptr;
     }
+    view->takeWaveformMarks();
     return frame;
 }

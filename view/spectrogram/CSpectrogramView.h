@@ -49,6 +49,8 @@ public:
     const SpectrogramRange& range() const { return m_range; }
     // The waveform view whose cursor this view's mouse moves (may be null).
     void setWaveformView(CKestruneView* view);
+    // Shows the waveform view's selection, else its cursor, as this view's own.
+    void takeWaveformMarks();
     // Renders compute without a progress dialog.
     void setShowsProgress(bool on) { m_showsProgress = on; }
 

@@ -12,6 +12,16 @@
 
 void CSpectrogramView::setWaveformView(CKestruneView* view) { m_waveform = view; }
 
+void CSpectrogramView::takeWaveformMarks() {
+    if (!m_waveform || m_doc == nullptr || channel() < 0) return;
+    const sonmetra::CChannel& c = m_doc->channel(channel());
+    if (m_waveform->selectionPresent() && c.m_selEndMs > c.m_selStartMs) {
+        select(c.m_selStartMs, c.m_selEndMs);
+    } else if (m_waveform->cursorPlaced()) {
+        placeCursor(c.m_cursorMs, std::nullopt);
+    }
+}
+
 void CSpectrogramView::placeCursor(double ms, std::optional<double> hz) {
     m_cursorMs = ms;
     if (hz) m_cursorHz = hz;

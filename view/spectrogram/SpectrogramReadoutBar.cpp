@@ -22,6 +22,9 @@ QString optionalText(std::optional<double> v, int decimals) {
 }  // namespace
 
 SpectrogramReadoutBar::SpectrogramReadoutBar(QWidget* parent) : QWidget(parent) {
+    // The view paints only its picture, so the bar clears its own ground;
+    // otherwise a shorter text would leave the longer one's tail behind.
+    setAutoFillBackground(true);
     auto* grid = new QGridLayout(this);
     grid->setContentsMargins(6, 2, 6, 2);
     grid->setHorizontalSpacing(14);

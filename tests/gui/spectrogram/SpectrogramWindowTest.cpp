@@ -89,6 +89,10 @@ TEST_F(SpectrogramWindow, CommandsOpenOneWindowOverTheirRanges) {
     EXPECT_EQ(frame->view()->data()->range.startSample, audio.m_selStartSample);
     EXPECT_EQ(frame->view()->data()->range.endSample, audio.m_selEndSample);
     EXPECT_NEAR(frame->view()->data()->range.startMs(), 500.0, 0.1);
+    // The window shows the waveform view's selection as its own.
+    ASSERT_TRUE(frame->view()->selectionMs().has_value());
+    EXPECT_DOUBLE_EQ(frame->view()->selectionMs()->first, audio.m_selStartMs);
+    EXPECT_DOUBLE_EQ(frame->view()->selectionMs()->second, audio.m_selEndMs);
 
     waveform->zoom(3);  // the selection becomes the displayed range
     waveform->zoom(2);  // and twice as long about its centre
