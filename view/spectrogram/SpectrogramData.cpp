@@ -92,8 +92,17 @@ SpectrogramRange SpectrogramRange::limitedTo(const sonmetra::CChannel& channel) 
 CellCounts cellCountsFor(QSize imagePx, double rangeSamples) {
     CellCounts cells;
     if (imagePx.width() < 1 || imagePx.height() < 1 || !(rangeSamples >= 1.0)) return cells;
-    cells.columns = static_cast<int>(std::min<double>(imagePx.width(), std::floor(rangeSamples)));
-    cells.points = imagePx.height();
+    double columns = std::min<double>(imagePx.width(), std::floor(rangeSamples));
+    double points = imagePx.height();
+    // A huge picture (a poster-sized render or print) gets fewer, larger
+    // cells rather than gigabytes of levels; the image is stretched to fit.
+    if (columns * points > kMaxCells) {
+        const double shrink = std::sqrt(kMaxCells / (columns * points));
+        columns = std::max(1.0, std::floor(columns * shrink));
+        points = std::max(1.0, std::floor(points * shrink));
+    }
+    cells.columns = static_cast<int>(columns);
+    cells.points = static_cast<int>(points);
     return cells;
 }
 
@@ -122,6 +131,8 @@ const QImage& SpectrogramData::levelsImage(bool colour) const {
     if (m_imageTable == table && !m_image.isNull()) return m_image;
     const int c = columns(), p = points();
     m_image = QImage(std::max(c, 1), std::max(p, 1), QImage::Format_RGB32);
+    m_imageTable = -1;
+    if (m_image.isNull()) return m_image;  // out of memory: the caller shows the message
     const PaletteTable& palette = colour ? colourPalette() : greyPalette();
     const double rangeDb = settings.dynamicRangeDb;
     m_image.fill(palette[0]);

@@ -4,7 +4,8 @@
 //
 // Cells follow the image area: one column per device pixel of its width and
 // one frequency point per device pixel of its height, but never more columns
-// than the stretch has samples. Every per-column quantity is therefore
+// than the stretch has samples, and both shrunk in proportion when the cells
+// would exceed kMaxCells. Every per-column quantity is therefore
 // C values, so opening an hour costs what opening a second does (only the
 // waveform pane's min/max summary, built once per sample block, reads every
 // sample).
@@ -53,6 +54,9 @@ struct SpectrogramRange {
     SpectrogramRange limitedTo(const sonmetra::CChannel& channel) const;
 };
 
+// At most this many cells (128 MB of levels) whatever the picture's size.
+inline constexpr double kMaxCells = 4096.0 * 4096.0;
+
 struct CellCounts {
     int columns = 0;
     int points = 0;
@@ -86,7 +90,8 @@ struct SpectrogramData {
     std::array<int, 5> formantsAt(int i) const;
 
     // The levels as an image of C × P pixels, 0 Hz in the bottom row, through
-    // the grey or the colour table; made once per table and kept.
+    // the grey or the colour table; made once per table and kept. A null
+    // image when there was no memory for it.
     const QImage& levelsImage(bool colour) const;
 
 private:

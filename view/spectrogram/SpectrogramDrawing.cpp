@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "document/CKestruneDoc.h"
+#include "res/StringTable.h"
 #include "view/LabelFont.h"
 #include "view/TimeBase.h"
 #include "view/spectrogram/SpectrogramData.h"
@@ -270,7 +271,16 @@ void drawSpectrogram(QPainter& p, QSize size, const SpectrogramScene& scene) {
         return;
     }
     const double startMs = data->range.startMs(), endMs = data->range.endMs();
-    if (!l.image.isEmpty()) p.drawImage(QRectF(l.image), data->levelsImage(colourTable));
+    if (!l.image.isEmpty()) {
+        const QImage& levels = data->levelsImage(colourTable);
+        if (levels.isNull()) {
+            p.setPen(QPen(Qt::black, 1.0));
+            p.drawText(l.image, Qt::AlignCenter | Qt::TextWordWrap,
+                       QString::fromLatin1(sonmetra::loadString(sonmetra::IDS_NO_MEMORY)));
+        } else {
+            p.drawImage(QRectF(l.image), levels);
+        }
+    }
     drawFrequencyAxis(p, l, s, style);
     drawWavePane(p, l.wavePane, *data, style);
     drawIntensityPane(p, l.intensityPane, *data, style);

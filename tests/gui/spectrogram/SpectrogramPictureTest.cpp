@@ -204,6 +204,20 @@ TEST(SpectrogramPicture, TablesRunFromQuietToLoudInEvenLightness) {
     EXPECT_GT(quietest, l.image.width() * l.image.height() / 2);
 }
 
+TEST(SpectrogramCells, FollowTheImageAreaWithinTheSamplesAndTheCap) {
+    const CellCounts screen = cellCountsFor(QSize(1842, 1017), 3600.0 * 44100.0);
+    EXPECT_EQ(screen.columns, 1842);
+    EXPECT_EQ(screen.points, 1017);
+    // A short stretch: one column per sample at most.
+    EXPECT_EQ(cellCountsFor(QSize(800, 600), 100.0).columns, 100);
+    // A poster: fewer cells in the same proportions.
+    const CellCounts poster = cellCountsFor(QSize(16000, 8000), 1e9);
+    EXPECT_LE(double(poster.columns) * poster.points, kMaxCells);
+    EXPECT_GT(double(poster.columns) * poster.points, kMaxCells * 0.99);
+    EXPECT_NEAR(double(poster.columns) / poster.points, 2.0, 0.01);
+    EXPECT_EQ(cellCountsFor(QSize(0, 600), 1e6).columns, 0);
+}
+
 struct RenderRun {
     int exitCode = -1;
     QString errors;
