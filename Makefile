@@ -11,7 +11,7 @@ FUZZ_SECONDS ?= 60
 
 # Debian packages the build, the tests and the workstation need.
 PACKAGES := cmake ninja-build g++ pkg-config \
-  qt6-base-dev qt6-base-dev-tools libgl-dev \
+  qt6-base-dev qt6-base-dev-tools qt6-svg-dev libgl-dev \
   portaudio19-dev libusb-1.0-0-dev libsndfile1-dev zlib1g-dev \
   libgtest-dev libgmock-dev libbenchmark-dev libfftw3-dev \
   xvfb xauth pulseaudio pulseaudio-utils libasound2-plugins alsa-utils \
@@ -50,7 +50,8 @@ run: build
 
 # Every test: the whole tree (GUI tests on the offscreen platform), the
 # Qt-free layers again under AddressSanitizer + UndefinedBehaviorSanitizer,
-# and the sound engines under ThreadSanitizer.
+# and the sound engines, the threaded analyses and document reading under
+# ThreadSanitizer.
 test: build test-asan tsan
 	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
@@ -62,7 +63,7 @@ test-asan: deps
 tsan: deps
 	cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSONMETRA_GUI=OFF -DSONMETRA_TSAN=ON -DSONMETRA_BENCH=OFF >/dev/null
 	cmake --build build-tsan -j $(JOBS)
-	cd build-tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -R '^io_' --no-tests=ignore
+	cd build-tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -R '^io_|^analysis_parallel|^document_tests$$' --no-tests=ignore
 
 bench: build
 	$(call install_missing,$(BENCH_PACKAGES))

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "SampleRateRange.h"
+
 namespace sonmetra {
 
 void AnalysisSettings::applyRateDefaults(double rateHz) {
-    if (!(rateHz > 0.0)) return;
+    // Outside the range the derived whole numbers would overflow.
+    if (!rateInRange(rateHz)) return;
     const auto cut = [](double v) { return static_cast<std::int32_t>(v); };
     fftLpc.appliedWindowMs = cut(256000.0 / rateHz);
     fftLpc.frequencyRangeHz = cut(rateHz / 2000.0) * 1000;

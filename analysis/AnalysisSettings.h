@@ -79,7 +79,8 @@ struct AnalysisSettings {
     SpectrogramSettings spectrogram;
 
     // Defaults of every rate-derived setting at the given audio rate; the
-    // settings that do not depend on the rate keep their values.
+    // settings that do not depend on the rate keep their values. A rate
+    // outside analysis/SampleRateRange.h changes nothing.
     void applyRateDefaults(double rateHz);
     static AnalysisSettings defaultsForRate(double rateHz) {
         AnalysisSettings s;

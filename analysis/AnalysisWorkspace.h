@@ -15,7 +15,10 @@
 //
 // A workspace is not re-entrant. The plain functions use defaultWorkspace(),
 // one per thread, so a background computation on another thread never shares
-// buffers with the interface thread.
+// buffers with the interface thread. The drivers that share a track among
+// threads give each worker its own workspace, seeded with seedFrom() from the
+// caller's, so that every buffer a frame reads without writing holds what it
+// would hold on the caller's workspace.
 #pragma once
 
 #include <array>
@@ -33,6 +36,9 @@ public:
     AnalysisWorkspace(const AnalysisWorkspace&) = delete;
     AnalysisWorkspace& operator=(const AnalysisWorkspace&) = delete;
 
+    // Takes over every buffer and record of `other` (the state that carries over).
+    void seedFrom(const AnalysisWorkspace& other);
+
     // Window of n points of the given kind (1 Hamming, otherwise rectangular).
     const double* window(int n, int kind);
 
@@ -47,6 +53,8 @@ public:
 
     // Spline tables (1-based) of FftSpectrum and LpcSpectrum.
     std::vector<double> m_splineX, m_splineY, m_splineY2;
+    // FftSpectra's tables of its first three blocks (y and y2 of each).
+    std::vector<double> m_spectraTables;
 
     LpcRecord m_lpc;
     FormantRecord m_formants;
@@ -61,6 +69,13 @@ public:
     std::vector<double> m_cepstrum;    // power cepstrum c[0..]
     std::vector<double> m_fine;        // cepstrum at tenths of a bin
     std::vector<double> m_pitchX, m_pitchY, m_pitchY2;
+    // Where the fine points of each spline interval begin, for the point count
+    // and step they were found for (a cache: the same for every frame of a
+    // track), and each interval's bound, rewritten by every frame.
+    std::vector<int> m_fineGroups;
+    int m_fineGroupsPoints = -1;
+    double m_fineGroupsStep = 0.0;
+    std::vector<double> m_fineBounds;
 
     // Autocorrelation pitch estimator.
     std::vector<double> m_acRe, m_acIm, m_acWindow, m_acWindowCorrelation;

@@ -20,14 +20,45 @@
 // samples is the channel's 16-bit block; position and rangeLength in samples.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 #include "analysis/AnalysisWorkspace.h"
 
 namespace sonmetra {
 
+// The samples step 2 copies: samples[first … stop) into x[1 … stop − first];
+// nothing when stop ≤ first. L is the window length after its limit to fftSize.
+struct CepstralFrameCopy {
+    long first = 0;
+    long stop = 0;
+    bool whole = false;  // the first form: every x[1 … L] is this frame's own
+};
+inline CepstralFrameCopy CepstralFrameExtent(double position, double rangeLength, int L) {
+    CepstralFrameCopy c;
+    c.first = static_cast<long>(position);
+    c.whole = position + L + 5 <= rangeLength;
+    // j < bound for whole numbers j is j < ceil(bound).
+    const double bound = c.whole ? position + L : rangeLength - position;
+    c.stop = static_cast<long>(std::ceil(bound));
+    return c;
+}
+
 double CepstralPitch(const std::int16_t* samples, double position, double rangeLength, double sampleRateHz,
                      double lowF0Hz, double highF0Hz, int fftSize, int windowLength,
                      AnalysisWorkspace& ws = defaultWorkspace());
+
+// What a call leaves in the workspace besides its answer. Complete: every
+// buffer as the steps above leave it. ForNextFrame, for a frame whose
+// successor runs on the same workspace: the answer is the same, and so is
+// everything a later frame reads (the frame array, the cepstrum, the fine
+// entries the spline never writes), but the spline's fine entries are not
+// written and the work arrays do not hold the whole second transform, which
+// spares the evaluation of most of the spline and part of that transform.
+enum class CepstralState { Complete, ForNextFrame };
+
+double CepstralPitch(const std::int16_t* samples, double position, double rangeLength, double sampleRateHz,
+                     double lowF0Hz, double highF0Hz, int fftSize, int windowLength, AnalysisWorkspace& ws,
+                     CepstralState state);
 
 }  // namespace sonmetra

@@ -15,4 +15,16 @@ inline constexpr int kMaxFftExponent = 15;
 
 void Fft(double* re, double* im, int m);
 
+// The outputs [from, to) of Fft (0 ≤ from < to ≤ N/2), the very same numbers,
+// for callers that read no other element: the last two stages compute only
+// what those outputs need, and the other elements are left as intermediate
+// values. Small transforms and other ranges run the whole Fft.
+void FftFirstHalf(double* re, double* im, int m, int from, int to);
+
+namespace detail {
+// Where the processor has AVX2 the transform uses it; false makes it take
+// the SSE2 path instead (for the tests that compare both).
+void FftUseAvx2(bool use);
+}  // namespace detail
+
 }  // namespace sonmetra

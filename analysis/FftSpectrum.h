@@ -27,6 +27,12 @@ namespace sonmetra {
 int FftSpectrum(double* samples, int n, double preEmphasis, int windowKind, int resample, int nPoints,
                 int maxFrequencyHz, double sampleRateHz, AnalysisWorkspace& ws = defaultWorkspace());
 
+// FftSpectrum with resampling (resample ≠ 0) of four blocks, each result the
+// same as FftSpectrum's; the splines of the four are solved side by side. The
+// workspace ends as FftSpectrum of the last block leaves it.
+int FftSpectra(double* const samples[4], int n, double preEmphasis, int windowKind, int nPoints, int maxFrequencyHz,
+               double sampleRateHz, AnalysisWorkspace& ws);
+
 // FFT size of list index 0..7: 32 .. 4096.
 inline int FftSizeOfIndex(int index) { return 1 << (index + 5); }
 std::string FftSizeLabel(int index, double sampleRateHz);

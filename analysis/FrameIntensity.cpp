@@ -15,12 +15,7 @@ void FrameIntensity(const std::int16_t* samples, double* values, double& minimum
     maximum = -1e8;
     for (int f = 0; f < count; ++f) {
         const double begin = f * step + start;
-        double sum = 0.0;
-        for (long j = static_cast<long>(begin); j < begin + frameLength; ++j) {
-            const double v = samples[j] - offset;
-            sum += v * v;
-        }
-        const double value = PowerLevel(sum / frameLength, linear);
+        const double value = PowerLevel(FramePowerSum(samples, offset, begin, frameLength) / frameLength, linear);
         values[f] = value;
         if (value < minimum) minimum = value;
         if (value > maximum) maximum = value;

@@ -17,6 +17,17 @@ namespace sonmetra {
 // (linear ≠ 0) or 10·log10(mean) dB. Shared by the frame and contour routines.
 double PowerLevel(double meanPower, int linear);
 
+// Sum of (samples[j] − offset)² over j = cut(begin) … while j < begin + frameLength:
+// one frame of FrameIntensity, for callers that take the frames one at a time.
+inline double FramePowerSum(const std::int16_t* samples, double offset, double begin, double frameLength) {
+    double sum = 0.0;
+    for (long j = static_cast<long>(begin); j < begin + frameLength; ++j) {
+        const double v = samples[j] - offset;
+        sum += v * v;
+    }
+    return sum;
+}
+
 void FrameIntensity(const std::int16_t* samples, double* values, double& minimum, double& maximum, double offset,
                     double start, double frameLength, double step, int count, int normalise, int linear);
 

@@ -3,6 +3,35 @@
 #include <cstdio>
 
 namespace sonmetra {
+namespace {
+
+constexpr int kLagBlock = 8;
+
+// r[k] = Σ samples[i]·samples[i+k], i = 0 .. n−1−k, for k = 0 .. p, each sum
+// taken in order of i from 0.0. Eight lags are summed side by side over the
+// samples all of them reach, then each finishes alone: every sum sees the
+// same products in the same order as a sum of its own.
+__attribute__((target_clones("avx2", "default"))) void autocorrelation(const double* samples, int n, int p, double* r) {
+    for (int k0 = 0; k0 <= p; k0 += kLagBlock) {
+        const int lags = p + 1 - k0 < kLagBlock ? p + 1 - k0 : kLagBlock;
+        double sum[kLagBlock] = {};
+        int common = 0;
+        if (lags == kLagBlock) {
+            common = n - (k0 + kLagBlock - 1);
+            const double* shifted = samples + k0;
+            for (int i = 0; i < common; ++i)
+                for (int t = 0; t < kLagBlock; ++t) sum[t] += samples[i] * shifted[i + t];
+            if (common < 0) common = 0;
+        }
+        for (int t = 0; t < lags; ++t) {
+            const int k = k0 + t;
+            for (int i = common; i < n - k; ++i) sum[t] += samples[i] * samples[i + k];
+            r[k] = sum[t];
+        }
+    }
+}
+
+}  // namespace
 
 const LpcRecord& LpcAnalysis(const double* samples, int n, int p, AnalysisWorkspace& ws) {
     if (p > kMaxLpcOrder) {
@@ -22,11 +51,7 @@ const LpcRecord& LpcAnalysis(const double* samples, int n, int p, AnalysisWorksp
     rec.order = p;
 
     double r[kMaxLpcOrder + 1];
-    for (int k = 0; k <= p; ++k) {
-        double sum = 0.0;
-        for (int i = 0; i < n - k; ++i) sum += samples[i] * samples[i + k];
-        r[k] = sum;
-    }
+    autocorrelation(samples, n, p, r);
 
     double* u = ws.m_scratchA.data();
     double* v = ws.m_scratchB.data();

@@ -43,7 +43,7 @@ void LpcSpectrum(double* samples, int p, int n, double preEmphasis, int windowKi
         for (int k = 0; k < kBins; ++k) samples[k] = y[k + 1];
         return;
     }
-    Spline(x, y, kBins, kNaturalSplineEnd, kNaturalSplineEnd, y2);
+    NaturalSplineOnUnitGrid(y, kBins, y2);
     const double step = kBins * (maxFrequencyHz / (sampleRateHz * 0.5)) / nPoints;
     if (step >= 0.0) {
         detail::SplineValuesOnUnitGrid(y, y2, kBins, step, nPoints, samples);

@@ -14,7 +14,11 @@
 //      none of the three values is 0 (track[k+1], track[k+2] are not yet averaged);
 //   6. power gate: FrameIntensity (linear, offset subtracted) over the same
 //      frames of `step` samples; a frame at or below max × threshold % is 0.
-// The progress callback runs after every frame and may cancel.
+// The frames are shared among threads (input.threads), each with its own
+// workspace seeded from `ws`; the result, and the state `ws` is left in, are
+// those of one thread taking the frames in order. The progress callback runs
+// on the calling thread only, after each of its frames and while it waits,
+// with the number of frames done by all; it may cancel.
 #pragma once
 
 #include <cstdint>
@@ -32,6 +36,7 @@ struct PitchTrackInput {
     double endSample = 0.0;
     double rateHz = 0.0;
     double offset = 0.0;  // subtracted from samples by the power gate
+    int threads = 0;      // threads to share the frames: 0 one per processor core, 1 the calling thread only
 };
 
 struct PitchTrackResult {

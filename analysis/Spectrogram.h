@@ -16,7 +16,14 @@
 //   6. silence gate: a column whose largest level is below 30 % of the dynamic
 //      range has no formants.
 // One transform per column; the only allocation per column is the spline's
-// work array. The progress callback runs after every column and may cancel.
+// work array. The columns are shared among threads (input.threads), each with
+// its own workspace and blocks; the LPC block carries over from column to
+// column only where its copy is short (near the channel's end), and those
+// columns run last, in order, on the calling thread. The result, and the
+// state `ws` is left in, are those of one thread taking the columns in order.
+// The progress callback runs on the calling thread only, after each of its
+// columns and while it waits, with the number of columns done by all; it may
+// cancel.
 #pragma once
 
 #include <array>
@@ -34,6 +41,7 @@ struct SpectrogramInput {
     double startSample = 0.0;
     double endSample = 0.0;
     double rateHz = 0.0;
+    int threads = 0;  // threads to share the columns: 0 one per processor core, 1 the calling thread only
 };
 
 struct SpectrogramResult {

@@ -3,6 +3,7 @@
 #include "CKestruneApp.h"
 #include "frame/DocumentCommands.h"
 #include "frame/FrameViewCommands.h"
+#include "frame/IntensitySmoothCommands.h"
 #include "frame/SpectrogramOptionDialog.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
@@ -19,6 +20,7 @@ void CKestruneApp::registerFeatures() {
     registerLabelCommands();
     registerRecordPlayCommands();
     registerSpectrogramWindow();
+    registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);
 }

@@ -1,14 +1,20 @@
 #!/bin/sh
-# Times sonmetra-cli's pitch and spectrogram against Praat's To Pitch and
-# To Spectrogram on the same 10-minute 11025 Hz recording, then measures how
+# Times sonmetra-cli's analyses against Praat's on the same 10-minute 11025 Hz
+# recording of espeak-ng speech, analysis against analysis, then measures how
 # well both pitch methods agree with Praat on espeak-ng speech at three rates.
 #
-#   bench/compare-praat.sh [BUILD_DIR]        (default: build)
+#   bench/compare-praat.sh [BUILD_DIR] [RUNS]     (defaults: build, 5)
+#
+# Praat's figure is its own stopwatch around the command (praat/time.praat),
+# so its start-up and the reading of the file stay out. Ours is the whole
+# sonmetra-cli run less an `info` run of the same file (start-up and reading).
+# Each figure is the median of RUNS runs: the machine may be shared.
 #
 # Needs praat, espeak-ng, sox and python3 on the path.
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 build=${1:-$here/../build}
+runs=${2:-5}
 cli=$build/cli/sonmetra-cli
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -18,25 +24,32 @@ for tool in praat espeak-ng sox python3; do
 done
 [ -x "$cli" ] || { echo "compare-praat.sh: no $cli (build sonmetra-cli first)" >&2; exit 1; }
 
-# Runs a command (output to /dev/null) and prints "wall_s cpu_s": the wall
-# clock and the user + system time of the process, which stays fair when the
-# machine is busy with other work.
-timed() {
-    python3 - "$@" <<'PY'
-import os, resource, subprocess, sys, time
-before = resource.getrusage(resource.RUSAGE_CHILDREN)
-t0 = time.monotonic()
-subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL)
-wall = time.monotonic() - t0
-after = resource.getrusage(resource.RUSAGE_CHILDREN)
-cpu = (after.ru_utime - before.ru_utime) + (after.ru_stime - before.ru_stime)
-print(f"{wall:.3f} {cpu:.3f}")
+# Median wall-clock seconds of RUNS runs of a command (output to /dev/null).
+median_run() {
+    python3 - "$runs" "$@" <<'PY'
+import statistics, subprocess, sys, time
+runs, cmd = int(sys.argv[1]), sys.argv[2:]
+times = []
+for _ in range(runs):
+    t0 = time.monotonic()
+    subprocess.run(cmd, check=True, stdout=subprocess.DEVNULL)
+    times.append(time.monotonic() - t0)
+print(f"{statistics.median(times):.4f}")
 PY
 }
-ratio() { python3 -c "print(f'{$1/$2:.2f}x')"; }
-row() {  # label, ours "wall cpu", praat "wall cpu"
-    set -- "$1" $2 $3
-    printf '%-30s %9s %9s %9s %9s %8s %8s\n' "$1" "$2" "$3" "$4" "$5" "$(ratio "$4" "$2")" "$(ratio "$5" "$3")"
+# Median of RUNS of Praat's own stopwatch for one analysis.
+median_praat() {
+    python3 - "$runs" "$here/praat/time.praat" "$@" <<'PY'
+import statistics, subprocess, sys
+runs, script, wav, analysis = int(sys.argv[1]), sys.argv[2], sys.argv[3], sys.argv[4]
+times = [float(subprocess.run(["praat", "--run", script, wav, analysis], check=True, capture_output=True,
+                              text=True).stdout.split()[-1]) for _ in range(runs)]
+print(f"{statistics.median(times):.4f}")
+PY
+}
+row() {  # label, our seconds, Praat's seconds, goal
+    python3 -c "import sys; l, o, p, g = sys.argv[1], float(sys.argv[2]), float(sys.argv[3]), sys.argv[4]; \
+print(f'{l:<44} {o:9.3f} {p:9.3f} {p / o:8.2f} x   (goal {g})')" "$1" "$2" "$3" "$4"
 }
 
 # Ten minutes of speech: espeak-ng reading a text over and over, at 11025 Hz.
@@ -52,16 +65,21 @@ i=0
 while [ "$i" -lt "$reps" ]; do set -- "$@" "$work/passage11.wav"; i=$((i + 1)); done
 sox "$@" "$work/long.wav" trim 0 600
 
-echo "Timing on a 10-minute 11025 Hz recording (whole program runs, seconds)"
-printf '%-30s %9s %9s %9s %9s %8s %8s\n' "analysis" "ours wall" "ours cpu" "Praat wall" "Praat cpu" "wall x" "cpu x"
-praat_pitch=$(timed praat --run "$here/praat/pitch.praat" "$work/long.wav" "")
-row "pitch (cepstral)" "$(timed "$cli" pitch "$work/long.wav")" "$praat_pitch"
-row "pitch (autocorrelation)" "$(timed "$cli" pitch "$work/long.wav" --method autocorrelation)" "$praat_pitch"
-row "spectrogram 5 ms x 256 (png)" \
-    "$(timed "$cli" spectrogram "$work/long.wav" --columns 120000 --points 256 --png "$work/s.png")" \
-    "$(timed praat --run "$here/praat/spectrogram.praat" "$work/long.wav")"
-echo "(x = Praat time / our time; above 1 means sonmetra-cli is faster)"
-
+echo "Analysis times on a 10-minute 11025 Hz recording, seconds, median of $runs runs"
+printf '%-44s %9s %9s %8s\n' "analysis" "ours" "Praat" "Praat/ours"
+info=$(median_run "$cli" info "$work/long.wav")
+ours() { python3 -c "import sys; print(max(float(sys.argv[1]) - float(sys.argv[2]), 1e-3))" "$(median_run "$cli" "$@")" "$info"; }
+praat_pitch=$(median_praat "$work/long.wav" pitch)
+row "pitch, cepstral" "$(ours pitch "$work/long.wav")" "$praat_pitch" ">= 2"
+row "pitch, autocorrelation" "$(ours pitch "$work/long.wav" --method autocorrelation)" "$praat_pitch" ">= 2"
+row "spectrogram 5 ms x 256 points, PNG" \
+    "$(ours spectrogram "$work/long.wav" --columns 120000 --points 256 --png "$work/s.png")" \
+    "$(median_praat "$work/long.wav" spectrogram)" ">= 2"
+row "spectrogram with formant tracks, PNG" \
+    "$(ours spectrogram "$work/long.wav" --columns 120000 --points 256 --formants --png "$work/f.png")" \
+    "$(median_praat "$work/long.wav" formant)" ">= 3"
+echo "(ours: the sonmetra-cli run less an info run, $info s; Praat: its stopwatch around the command;"
+echo " spectrogram against To Spectrogram, formant tracks against To Formant (burg), pitch against To Pitch)"
 echo
 echo "Agreement with Praat's pitch on espeak-ng speech (frames 10 ms apart)"
 for voice in en en+f3; do

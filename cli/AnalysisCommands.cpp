@@ -10,13 +10,15 @@
 #include <vector>
 
 #include "analysis/AnalysisSettings.h"
-#include "document/ChannelAnalysis.h"
 #include "analysis/FftSpectrum.h"
 #include "analysis/LpcSpectrum.h"
 #include "analysis/PitchTrack.h"
 #include "analysis/Spectrogram.h"
 #include "analysis/SpectrumWindow.h"
 #include "cli/CliCommon.h"
+#include "cli/SpectrogramOutput.h"
+#include "document/ChannelAnalysis.h"
+#include "document/ChannelRate.h"
 #include "document/MessageService.h"
 
 namespace sonmetra::cli {
@@ -84,9 +86,23 @@ int wholeOption(const CliArgs& args, const std::string& name, int fallback, int 
     return v;
 }
 
+// Refuses a channel that no analysis can use, saying what is wrong with it.
+void requireAnalysable(const CChannel& ch, int index) {
+    if (ch.m_samples.empty()) fail("The channel holds no samples.");
+    if (const std::string problem = channelRateProblem(ch, index); !problem.empty()) fail(problem);
+    // Times become sample positions through the duration.
+    if (!std::isfinite(ch.m_durationMs) || !(ch.m_durationMs > 0.0)) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.10g", ch.m_durationMs);
+        fail("The duration of channel " + std::to_string(index + 1) + " is " + text + " ms, which cannot hold its " +
+             std::to_string(ch.m_samples.size()) + " samples.");
+    }
+}
+
 const CChannel& analysedChannel(const CKestruneDoc& doc, const CliArgs& args) {
-    const CChannel& ch = doc.channel(chosenChannel(doc, args));
-    if (ch.m_samples.empty() || !(ch.m_rateHz > 0.0) || !(ch.m_durationMs > 0.0)) fail("The channel holds no samples.");
+    const int index = chosenChannel(doc, args);
+    const CChannel& ch = doc.channel(index);
+    requireAnalysable(ch, index);
     return ch;
 }
 
@@ -221,177 +237,6 @@ int runPitch(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
     return 0;
 }
 
-// PNG writer: 8-bit grey or RGB, stored (uncompressed) deflate blocks, so
-// that no compression library is needed. Scanlines are streamed to the file
-// in IDAT chunks of about 1 MB.
-class PngStream {
-public:
-    PngStream(std::FILE* f, int width, int height, int channels)
-        : m_file(f),
-          m_total(static_cast<std::size_t>(height) *
-                  (static_cast<std::size_t>(width) * static_cast<std::size_t>(channels) + 1)) {
-        static const unsigned char kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
-        std::fwrite(kSignature, 1, 8, f);
-        std::vector<unsigned char> header;
-        put32(header, static_cast<std::uint32_t>(width));
-        put32(header, static_cast<std::uint32_t>(height));
-        header.insert(header.end(), {8, static_cast<unsigned char>(channels == 3 ? 2 : 0), 0, 0, 0});
-        chunk("IHDR", header);
-        m_idat = {0x78, 0x01};
-    }
-
-    // Raw scanline bytes (filter byte included), in order.
-    void feed(const unsigned char* p, std::size_t n) {
-        adler(p, n);
-        while (n > 0) {
-            if (m_blockLeft == 0) startBlock();
-            const std::size_t take = std::min(n, m_blockLeft);
-            m_idat.insert(m_idat.end(), p, p + take);
-            p += take;
-            n -= take;
-            m_blockLeft -= take;
-            m_fed += take;
-            if (m_idat.size() >= (1u << 20)) flushIdat();
-        }
-    }
-
-    bool finish() {
-        put32(m_idat, (m_b << 16) | m_a);
-        flushIdat();
-        chunk("IEND", {});
-        return std::ferror(m_file) == 0;
-    }
-
-private:
-    void startBlock() {
-        const std::size_t len = std::min<std::size_t>(65535, m_total - m_fed);
-        m_idat.push_back(m_fed + len == m_total ? 1 : 0);
-        m_idat.push_back(static_cast<unsigned char>(len));
-        m_idat.push_back(static_cast<unsigned char>(len >> 8));
-        m_idat.push_back(static_cast<unsigned char>(~len));
-        m_idat.push_back(static_cast<unsigned char>(~len >> 8));
-        m_blockLeft = len;
-    }
-    void adler(const unsigned char* p, std::size_t n) {
-        // 5552 bytes is the longest run whose sums cannot overflow 32 bits.
-        while (n > 0) {
-            const std::size_t run = std::min<std::size_t>(n, 5552);
-            for (std::size_t i = 0; i < run; ++i) {
-                m_a += p[i];
-                m_b += m_a;
-            }
-            m_a %= 65521;
-            m_b %= 65521;
-            p += run;
-            n -= run;
-        }
-    }
-    void flushIdat() {
-        chunk("IDAT", m_idat);
-        m_idat.clear();
-    }
-    static void put32(std::vector<unsigned char>& v, std::uint32_t x) {
-        v.insert(v.end(), {static_cast<unsigned char>(x >> 24), static_cast<unsigned char>(x >> 16),
-                           static_cast<unsigned char>(x >> 8), static_cast<unsigned char>(x)});
-    }
-    // CRC-32 of the chunk type and data, eight bytes per step (slicing by 8).
-    static std::uint32_t crc(const char* type, const std::vector<unsigned char>& data) {
-        static const auto table = [] {
-            std::array<std::array<std::uint32_t, 256>, 8> t{};
-            for (std::uint32_t n = 0; n < 256; ++n) {
-                std::uint32_t c = n;
-                for (int k = 0; k < 8; ++k) c = (c & 1) ? 0xedb88320u ^ (c >> 1) : c >> 1;
-                t[0][n] = c;
-            }
-            for (std::uint32_t n = 0; n < 256; ++n)
-                for (int k = 1; k < 8; ++k) t[k][n] = t[0][t[k - 1][n] & 0xff] ^ (t[k - 1][n] >> 8);
-            return t;
-        }();
-        std::uint32_t c = 0xffffffffu;
-        for (int i = 0; i < 4; ++i) c = table[0][(c ^ static_cast<unsigned char>(type[i])) & 0xff] ^ (c >> 8);
-        const unsigned char* p = data.data();
-        std::size_t n = data.size();
-        for (; n >= 8; n -= 8, p += 8) {
-            const std::uint32_t lo = c ^ (p[0] | p[1] << 8 | p[2] << 16 | static_cast<std::uint32_t>(p[3]) << 24);
-            const std::uint32_t hi = p[4] | p[5] << 8 | p[6] << 16 | static_cast<std::uint32_t>(p[7]) << 24;
-            c = table[7][lo & 0xff] ^ table[6][(lo >> 8) & 0xff] ^ table[5][(lo >> 16) & 0xff] ^ table[4][lo >> 24] ^
-                table[3][hi & 0xff] ^ table[2][(hi >> 8) & 0xff] ^ table[1][(hi >> 16) & 0xff] ^ table[0][hi >> 24];
-        }
-        for (; n > 0; --n, ++p) c = table[0][(c ^ *p) & 0xff] ^ (c >> 8);
-        return c ^ 0xffffffffu;
-    }
-    void chunk(const char* type, const std::vector<unsigned char>& data) {
-        std::vector<unsigned char> len;
-        put32(len, static_cast<std::uint32_t>(data.size()));
-        std::fwrite(len.data(), 1, 4, m_file);
-        std::fwrite(type, 1, 4, m_file);
-        if (!data.empty()) std::fwrite(data.data(), 1, data.size(), m_file);
-        std::vector<unsigned char> c;
-        put32(c, crc(type, data));
-        std::fwrite(c.data(), 1, 4, m_file);
-    }
-
-    std::FILE* m_file;
-    std::size_t m_total;
-    std::size_t m_fed = 0;
-    std::size_t m_blockLeft = 0;
-    std::vector<unsigned char> m_idat;
-    std::uint32_t m_a = 1, m_b = 0;
-};
-
-// Time left to right, 0 Hz at the bottom; darker is louder (grey). With
-// formants the picture is RGB and they are drawn in red.
-bool writeSpectrogramPng(const std::string& path, const SpectrogramResult& r, double dynamicRangeDb, int rangeHz,
-                         bool formants) {
-    const int w = r.columns, h = r.points;
-    const int channels = formants ? 3 : 1;
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return false;
-    PngStream png(f, w, h, channels);
-    const double scale = dynamicRangeDb > 0.0 ? 255.0 / dynamicRangeDb : 0.0;
-    // The whole picture is made a tile of 16 columns at a time: the grey
-    // values of a tile are computed column by column (each column's levels
-    // read in order) and then copied into the rows 16 pixels at a time.
-    const std::size_t rowBytes = static_cast<std::size_t>(w) * static_cast<std::size_t>(channels) + 1;
-    std::vector<unsigned char> image(rowBytes * static_cast<std::size_t>(h), 0);
-    constexpr int kTile = 16;
-    std::vector<unsigned char> tile(static_cast<std::size_t>(h) * kTile);
-    for (int c0 = 0; c0 < w; c0 += kTile) {
-        const int width = std::min(kTile, w - c0);
-        for (int t = 0; t < width; ++t) {
-            const double* col = r.column(c0 + t);
-            for (int k = 0; k < h; ++k) {
-                const double v = std::clamp(col[k] * scale, 0.0, 255.0);
-                tile[static_cast<std::size_t>(h - 1 - k) * kTile + static_cast<std::size_t>(t)] =
-                    static_cast<unsigned char>(255 - static_cast<int>(v + 0.5));
-            }
-        }
-        for (int y = 0; y < h; ++y) {
-            const unsigned char* src = &tile[static_cast<std::size_t>(y) * kTile];
-            unsigned char* dst = image.data() + static_cast<std::size_t>(y) * rowBytes + 1 +
-                                 static_cast<std::size_t>(c0) * static_cast<std::size_t>(channels);
-            if (channels == 1) {
-                std::memcpy(dst, src, static_cast<std::size_t>(width));
-            } else {
-                for (int t = 0; t < width; ++t) dst[3 * t] = dst[3 * t + 1] = dst[3 * t + 2] = src[t];
-            }
-        }
-    }
-    for (int c = 0; formants && c < w; ++c) {
-        unsigned char* base = image.data() + 1 + static_cast<std::size_t>(c) * 3;
-        for (const std::int16_t fr : r.formants[static_cast<std::size_t>(c)]) {
-            if (fr <= 0 || fr >= rangeHz) continue;
-            const int k = static_cast<int>(static_cast<double>(fr) * h / rangeHz);
-            unsigned char* px = base + static_cast<std::size_t>(h - 1 - k) * rowBytes;
-            px[0] = 255;
-            px[1] = px[2] = 0;
-        }
-    }
-    png.feed(image.data(), image.size());
-    const bool ok = png.finish();
-    return std::fclose(f) == 0 && ok;
-}
-
 int runSpectrogram(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
     requireFiles(args, 1);
     const CChannel& ch = analysedChannel(doc, args);
@@ -410,15 +255,20 @@ int runSpectrogram(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
     in.sampleCount = sampleCount(ch);
     rangeOf(doc, args, ch, in.startSample, in.endSample);
     in.rateHz = ch.m_rateHz;
+    // The levels go to the files asked for, and the table to standard output
+    // when no file takes them (or --output table asks for it all the same);
+    // --output none writes nothing there.
+    const std::string output = args.text("output", "table");
+    if (output != "table" && output != "none") throw UsageError("--output takes table or none");
     SpectrogramResult r;
     if (ComputeSpectrogram(in, s, columns, points, formants, r) != AnalysisStatus::Ok)
         fail("Could not allocate enough memory for this operation");
 
-    if (args.has("png")) {
-        if (!writeSpectrogramPng(args.text("png"), r, s.dynamicRangeDb, s.frequencyRangeHz, formants))
-            fail("Error in save operation.");
-        return 0;
-    }
+    if (args.has("png") && !WriteSpectrogramPng(args.text("png"), r, s.dynamicRangeDb, s.frequencyRangeHz, formants))
+        fail("Error in save operation.");
+    if (args.has("npy") && !WriteSpectrogramNpy(args.text("npy"), r)) fail("Error in save operation.");
+    const bool table = args.has("output") ? output == "table" : !args.has("png") && !args.has("npy");
+    if (!table) return 0;
     TableWriter t(out);
     t.text("column");
     for (int k = 0; k < points; ++k) t.tab().text("level_").integer(k);
@@ -442,14 +292,18 @@ int runSpectrogram(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
 
 int runIntensity(const CliArgs& args, CKestruneDoc& doc, std::ostream& out) {
     requireFiles(args, 1);
-    CChannel& ch = doc.channel(chosenChannel(doc, args));
-    if (ch.m_samples.empty()) fail("The channel holds no samples.");
+    const int index = chosenChannel(doc, args);
+    CChannel& ch = doc.channel(index);
+    requireAnalysable(ch, index);
     ch.m_intensityWindowMs = args.number("window-ms", ch.m_intensityWindowMs);
     ch.m_intensityStepMs = args.number("step-ms", ch.m_intensityStepMs);
     if (!(ch.m_intensityWindowMs > 0.0) || !(ch.m_intensityStepMs > 0.0))
         throw UsageError("--window-ms and --step-ms must be above 0");
+    if (!(ch.m_intensityStepMs * ch.m_rateHz * 0.001 >= 1e-3))
+        throw UsageError("--step-ms must be at least a thousandth of a sample at the channel's rate");
     if (args.flag("normalise")) ch.m_normalise = 1;
     const int every = wholeOption(args, "every", 1, 1, 2000000000);
+    if (const std::string problem = intensityWorkProblem(ch, index); !problem.empty()) fail(problem);
     ch.m_intensityShown = 1;
     if (!ComputeIntensity(ch)) fail(kIntensityFailedText);
     TableWriter t(out);
@@ -479,9 +333,10 @@ int runSmooth(const CliArgs& args, CKestruneDoc& doc) {
 
 const std::set<std::string>& analysisValueOptions() {
     static const std::set<std::string> names = {
-        "at-ms",  "from-ms",  "to-ms",      "fft-index",    "order",         "step-ms", "n",       "pre-emphasis",
-        "window", "method",   "window-ms",  "deviation-hz", "threshold-pct", "low-hz",  "high-hz", "columns",
-        "points", "range-hz", "dynamic-db", "png",          "every",         "length",  "channel"};
+        "at-ms",        "from-ms", "to-ms",  "fft-index", "order",        "step-ms",       "n",
+        "pre-emphasis", "window",  "method", "window-ms", "deviation-hz", "threshold-pct", "low-hz",
+        "high-hz",      "columns", "points", "range-hz",  "dynamic-db",   "png",           "every",
+        "length",       "channel", "npy",    "output"};
     return names;
 }
 
@@ -506,7 +361,7 @@ const char* analysisUsage() {
            "       pitch FILE [--from-ms A --to-ms B] [--method cepstral|autocorrelation] [--window-ms 35 "
            "--step-ms 10 --deviation-hz 100 --threshold-pct 1 --low-hz 50 --high-hz 500] [--raw]\n"
            "       spectrogram FILE --columns C --points P [--from-ms A --to-ms B] [--fft-index I --range-hz R "
-           "--dynamic-db D --pre-emphasis E] [--formants --order P] [--png OUT]\n"
+           "--dynamic-db D --pre-emphasis E] [--formants --order P] [--png OUT] [--npy OUT] [--output table|none]\n"
            "       intensity FILE [--window-ms 20 --step-ms 10 --normalise] [--every K]\n"
            "       smooth IN OUT --length M\n"
            "       analysis options: --channel N (1-based; default the audio channel)";

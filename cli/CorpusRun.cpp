@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 // Options whose value names a file the command writes besides its table.
 const std::set<std::string>& outputFileOptions() {
-    static const std::set<std::string> names = {"png"};
+    static const std::set<std::string> names = {"png", "npy"};
     return names;
 }
 

@@ -1,36 +1,52 @@
 #include "JsonInfo.h"
 
+#include <cmath>
 #include <cstdio>
 
 #include "CliCommon.h"
+#include "document/FileText.h"
 
 namespace sonmetra::cli {
 namespace {
 
-std::string quoted(const std::string& s) {
+// A JSON string of a text field: UTF-8 (from the file's 8-bit encoding
+// where it is not UTF-8 already), with quotes and control bytes escaped.
+std::string quoted(const std::string& field) {
+    const std::string s = fileTextToUtf8(field);
     std::string out = "\"";
     for (const char ch : s) {
         const auto c = static_cast<unsigned char>(ch);
         switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        default:
-            if (c < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof buf, "\\u%04x", c);
-                out += buf;
-            } else {
-                out += ch;
-            }
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                if (c < 0x20) {
+                    char buf[8];
+                    std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                    out += buf;
+                } else {
+                    out += ch;
+                }
         }
     }
     return out + "\"";
 }
 
-std::string num(double v) { return formatNumber(v); }
+// JSON has no NaN or infinity: a file may hold them, and they become null.
+std::string num(double v) { return std::isfinite(v) ? formatNumber(v) : "null"; }
 
 }  // namespace
 

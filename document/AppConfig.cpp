@@ -1,13 +1,18 @@
 #include "AppConfig.h"
 
 #include <sys/file.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
 #include "AudioRate.h"
+#include "BinaryFile.h"
 #include "ByteOrder.h"
+#include "analysis/AnalysisTypes.h"
+#include "analysis/SampleRateRange.h"
 
 namespace sonmetra {
 namespace {
@@ -54,6 +59,7 @@ void writePrint(const PrintSize& p, AppConfig::Record& r, std::size_t at) {
 }  // namespace
 
 AppConfig::AppConfig() {
+    m_channelSettings[0].smoothingOn = 0;
     setBuiltInChannelTable();
     m_analysis.applyRateDefaults(m_audioRateHz);
 }
@@ -75,7 +81,8 @@ std::int32_t AppConfig::displayFrequencyRangeHz(double rate) {
 }
 std::int32_t AppConfig::analysisOrder(double rate) {
     const std::int32_t n = 4 + static_cast<std::int32_t>(rate / 1000.0);
-    return n - (n % 2);
+    // No analysis takes an order above 400.
+    return std::min(kMaxLpcOrder, n - (n % 2));
 }
 
 bool AppConfig::fromRecord(const Record& r) {
@@ -97,7 +104,7 @@ bool AppConfig::fromRecord(const Record& r) {
     // Further settings, each kept only within its sensible range.
     takeIf(m_recordTimeMs, i32(r, kRecordTimeMs), 1, 24 * 3600 * 1000);
     std::int32_t rate = static_cast<std::int32_t>(m_audioRateHz);
-    takeIf(rate, i32(r, kAudioRateHz), 1000, 200000);
+    takeIf(rate, i32(r, kAudioRateHz), static_cast<std::int32_t>(kMinRateHz), static_cast<std::int32_t>(kMaxRateHz));
     m_audioRateHz = rate;
     takeIf(m_lineRateHz, i32(r, kLineRateHz), 1000, 200000);
     takeIf(m_externalRateHz, i32(r, kExternalRateHz), 1000, 200000);
@@ -119,8 +126,9 @@ bool AppConfig::fromRecord(const Record& r) {
     takeIf(f.frequencyGridHz, i32(r, kFftFrequencyGridHz), 1, 100000);
     takeFlag(f.powerGrid, i32(r, kFftPowerGrid));
     takeIf(f.powerGridDb, i32(r, kFftPowerGridDb), 1, 1000);
-    takeIf(f.appliedWindowMs, i32(r, kAnalysisFrameMs), 1, 100000);
-    takeIf(f.frequencyRangeHz, i32(r, kDisplayFrequencyRangeHz), 1, 1000000);
+    // The rate-derived values take whatever a rate of the range gives.
+    takeIf(f.appliedWindowMs, i32(r, kAnalysisFrameMs), 0, analysisFrameMs(kMinRateHz));
+    takeIf(f.frequencyRangeHz, i32(r, kDisplayFrequencyRangeHz), 0, displayFrequencyRangeHz(kMaxRateHz));
     takeIf(f.lpcOrder, i32(r, kAnalysisOrder), 4, 400);
 
     PitchSettings& p = m_analysis.pitch;
@@ -234,8 +242,14 @@ AppConfig::Record AppConfig::toRecord() const {
 }
 
 bool AppConfig::readFile(const std::string& path) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (!f) return false;
+    // A pipe or device in the working folder's place would block or never end.
+    std::string error;
+    const int fd = openRegularFileForReading(path, error);
+    std::FILE* f = fd >= 0 ? fdopen(fd, "rb") : nullptr;
+    if (!f) {
+        if (fd >= 0) close(fd);
+        return false;
+    }
     flock(fileno(f), LOCK_EX | LOCK_NB);  // exclusive while read; a lock refused is no error
     Record r{};
     const bool whole = std::fread(r.data(), 1, r.size(), f) == r.size();
@@ -254,7 +268,9 @@ bool AppConfig::writeFile(const std::string& path) const {
 }
 
 void AppConfig::takeAudioRate(double rateHz) {
-    if (!(rateHz > 0.0)) return;
+    // Only a rate of the range the record holds (analysis/SampleRateRange.h)
+    // comes into force; any other would write nonsense into the record.
+    if (!rateInRange(rateHz)) return;
     m_audioRateHz = rateHz;
     setAudioRateInForce(rateHz);
     m_analysis.fftLpc.appliedWindowMs = analysisFrameMs(rateHz);

@@ -22,7 +22,10 @@ struct ChannelRow {
     bool selected() const { return (word & kSelected) != 0; }
 };
 
-// Per-channel intensity and smoothing settings.
+// Per-channel intensity and smoothing settings, one slot per channel of a
+// document. Smoothing is on for every slot but the first, the audio
+// channel's: a moving average takes the highs out of speech, while the
+// slow data channels (airflow, pressure) are what it is for.
 struct ChannelAnalysisSettings {
     double intensityWindowMs = 20.0;
     double intensityStepMs = 10.0;

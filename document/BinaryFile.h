@@ -9,6 +9,11 @@
 
 namespace sonmetra {
 
+// Opens a path for reading only when it names a regular file, without
+// waiting on a pipe or a device. Returns the descriptor (close-on-exec), or
+// -1 with the reason in `error`.
+int openRegularFileForReading(const std::string& path, std::string& error);
+
 class BinaryFile {
 public:
     BinaryFile() = default;
@@ -16,7 +21,8 @@ public:
     BinaryFile(const BinaryFile&) = delete;
     BinaryFile& operator=(const BinaryFile&) = delete;
 
-    // Opens for reading; false (with errno kept in error()) when it cannot.
+    // Opens a regular file for reading; false, with the reason in error(),
+    // when it cannot or when the path names a pipe, device or folder.
     bool open(const std::string& path);
     void close();
     bool isOpen() const { return m_file != nullptr; }
@@ -32,6 +38,9 @@ public:
     std::size_t read(void* buffer, std::size_t n);
     // Reads exactly n bytes or returns false (position then undefined).
     bool readExact(void* buffer, std::size_t n) { return read(buffer, n) == n; }
+    // Reads up to n bytes at `offset` without moving the position; returns the
+    // number read. Several threads may call it at once.
+    std::size_t readAt(std::uint64_t offset, void* buffer, std::size_t n) const;
 
 private:
     std::FILE* m_file = nullptr;

@@ -7,6 +7,10 @@
 #include <cstdio>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace sonmetra {
 
 inline std::uint16_t getLe16(const std::uint8_t* p) { return static_cast<std::uint16_t>(p[0] | (p[1] << 8)); }
@@ -54,7 +58,15 @@ inline std::int16_t swap16(std::int16_t v) {
 inline void samplesFromFileOrder(std::int16_t* s, std::size_t n, bool bigEndian) {
     if (bigEndian == (std::endian::native == std::endian::big)) return;
     auto* u = reinterpret_cast<std::uint16_t*>(s);
-    for (std::size_t i = 0; i < n; ++i) u[i] = __builtin_bswap16(u[i]);
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    // Eight samples per step: both bytes of every 16-bit lane trade places.
+    for (; i + 8 <= n; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(u + i));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + i), _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8)));
+    }
+#endif
+    for (; i < n; ++i) u[i] = __builtin_bswap16(u[i]);
 }
 
 // Writes n samples little-endian; false when the write fails.

@@ -8,6 +8,7 @@
 #include "KvdFormat.h"
 #include "MessageService.h"
 #include "WavWriter.h"
+#include "analysis/SampleRateRange.h"
 #include "res/StringTable.h"
 
 namespace sonmetra {
@@ -19,7 +20,7 @@ std::atomic<double> g_audioRate{11000.0};
 
 double audioRateInForce() { return g_audioRate.load(); }
 void setAudioRateInForce(double rateHz) {
-    if (rateHz > 0.0) g_audioRate.store(rateHz);
+    if (rateInRange(rateHz)) g_audioRate.store(rateHz);
 }
 
 CKestruneDoc::CKestruneDoc() : m_analysis(AnalysisSettings::defaultsForRate(audioRateInForce())) {}

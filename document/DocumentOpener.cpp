@@ -2,6 +2,7 @@
 
 #include "AppConfig.h"
 #include "AudioRate.h"
+#include "ChannelRate.h"
 #include "MessageService.h"
 #include "res/StringTable.h"
 
@@ -65,9 +66,15 @@ bool openDocument(CKestruneDoc& doc, const std::string& path, IImportDialogs& di
     // A document at another audio rate changes the rate in force: its
     // rate-derived analysis defaults follow, and the configuration record
     // is written again with the new values.
+    // A rate outside the range of analysis/SampleRateRange.h derives
+    // nothing, and the document opens with its data. The workstation (which
+    // keeps a configuration) tells the user at once; elsewhere each command
+    // that needs the rate refuses it with the same words.
     if (doc.channelCount() > 0) {
         const double rate = doc.channel(0).m_rateHz;
-        if (rate > 0.0 && rate != audioRateInForce()) {
+        if (const std::string problem = channelRateProblem(doc.channel(0), 0); !problem.empty()) {
+            if (config) showMessage(problem, MsgButtons::Ok, MsgIcon::Warning);
+        } else if (rate != audioRateInForce()) {
             doc.m_analysis.applyRateDefaults(rate);
             if (config)
                 config->takeAudioRate(rate);

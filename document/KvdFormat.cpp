@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "ByteOrder.h"
@@ -99,11 +101,55 @@ std::int32_t truncToInt32(double v) {
     return static_cast<std::int32_t>(std::clamp(std::trunc(v), -2147483648.0, 2147483647.0));
 }
 
-// Reports data that the file does not hold: a message for PC files, a
-// silent abandon for Mac files.
+// Reports sample data that the file does not hold: a message for PC files,
+// a silent abandon for Mac files.
 ReadStatus shortData(bool bigEndian) {
     if (!bigEndian) showMessage(IDS_INCORRECT_DATA_COUNT);
     return ReadStatus::Abandoned;
+}
+
+// A channel header or label record cut short: reported in either byte
+// order, since the user would otherwise see the open fail without a word.
+ReadStatus shortRecords() {
+    showMessage(IDS_INCORRECT_DATA_COUNT);
+    return ReadStatus::Abandoned;
+}
+
+// Reads n samples from the file's position into `to`, in host order, and
+// moves past them; false when the file holds fewer. A long block is shared
+// among threads, each reading its own part: what opening costs beyond the copy
+// is the kernel zeroing the block's fresh pages, and that is shared too. Every
+// part is read in slices converted while they are still in the cache.
+constexpr std::size_t kSlice = std::size_t{1} << 18;      // samples
+constexpr std::size_t kPerThread = std::size_t{8} << 20;  // samples a thread is worth
+constexpr std::size_t kMaxThreads = 4;
+
+bool readSamples(BinaryFile& file, std::int16_t* to, std::size_t n, bool bigEndian) {
+    const std::uint64_t start = file.position();
+    const auto part = [&file, to, start, bigEndian](std::size_t from, std::size_t end) {
+        for (std::size_t at = from; at < end; at += kSlice) {
+            const std::size_t k = std::min(kSlice, end - at);
+            if (file.readAt(start + 2 * at, to + at, 2 * k) != 2 * k) return false;
+            samplesFromFileOrder(to + at, k, bigEndian);
+        }
+        return true;
+    };
+    const std::size_t threads = std::clamp<std::size_t>(
+        std::min<std::size_t>(std::thread::hardware_concurrency(), n / kPerThread), 1, kMaxThreads);
+    const std::size_t share = (n + threads - 1) / threads;
+    std::vector<char> ok(threads, 0);  // one flag per part, written by its thread
+    std::vector<std::thread> helpers;
+    for (std::size_t t = 1; t < threads; ++t) {
+        const std::size_t from = t * share, end = std::min(n, from + share);
+        try {
+            helpers.emplace_back([&part, &ok, t, from, end] { ok[t] = part(from, end) ? 1 : 0; });
+        } catch (const std::system_error&) {
+            ok[t] = part(from, end) ? 1 : 0;  // no thread to be had: this one reads the part
+        }
+    }
+    ok[0] = part(0, std::min(n, share)) ? 1 : 0;
+    for (std::thread& h : helpers) h.join();
+    return std::find(ok.begin(), ok.end(), 0) == ok.end() && file.seek(start + 2 * static_cast<std::uint64_t>(n));
 }
 
 ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool bigEndian) {
@@ -122,7 +168,7 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
     std::uint8_t rec[kvd::kLabelRecordSize];
     for (int i = 0; i < count; ++i) {
         CChannel& c = doc.channel(i);
-        if (!file.readExact(ch, sizeof ch)) return shortData(bigEndian);
+        if (!file.readExact(ch, sizeof ch)) return shortRecords();
         c.m_durationMs = getF64(ch, bigEndian);
         c.m_rateHz = getF64(ch + 8, bigEndian);
         c.m_sampleCount = getF64(ch + 16, bigEndian);
@@ -153,10 +199,10 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
         // allocation of that size.
         c.m_labels.clear();
         if (labelCount < 0 || static_cast<std::uint64_t>(labelCount) * kvd::kLabelRecordSize > file.remaining())
-            return shortData(bigEndian);
+            return shortRecords();
         c.m_labels.reserve(static_cast<std::size_t>(labelCount));
         for (std::int32_t k = 0; k < labelCount; ++k) {
-            if (!file.readExact(rec, sizeof rec)) return shortData(bigEndian);
+            if (!file.readExact(rec, sizeof rec)) return shortRecords();
             c.m_labels.push_back(labelFromRecord(rec, bigEndian));
         }
 
@@ -168,15 +214,9 @@ ReadStatus readKvd(BinaryFile& file, CKestruneDoc& doc, const char* marker, bool
             showMessage(IDS_NO_MEMORY);
             return ReadStatus::Abandoned;
         }
-        // Read in slices and convert each while it is still in the cache.
-        constexpr std::size_t kSlice = std::size_t{1} << 18;
-        for (std::size_t at = 0; at < samples; at += kSlice) {
-            const std::size_t n = std::min(kSlice, samples - at);
-            if (file.read(c.m_samples.data() + at, n * 2) != n * 2) {
-                c.m_samples.clear();
-                return shortData(bigEndian);
-            }
-            samplesFromFileOrder(c.m_samples.data() + at, n, bigEndian);
+        if (!readSamples(file, c.m_samples.data(), samples, bigEndian)) {
+            c.m_samples.clear();
+            return shortData(bigEndian);
         }
     }
 

@@ -21,6 +21,7 @@
 #include "ExportChannel.h"
 #include "ImportDialogs.h"
 #include "LabelFileCommands.h"
+#include "MainToolBar.h"
 #include "RecordPlayWindowCommand.h"
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
@@ -51,13 +52,16 @@ CMainFrame::CMainFrame(QWidget* parent) : QMainWindow(parent), m_mdi(new QMdiAre
     AppServices::instance().mdiArea = m_mdi;
     AppServices::instance().mainWindow = this;
 
-    createStatusWindow(this);
+    m_statusWindow = createStatusWindow(this);
     buildFileMenu();
     buildWindowMenu();
     buildHelpMenu();
     m_commandMenus = new CommandMenus(menuBar(), m_windowMenu->menuAction(), m_mdi, [this] { armShortcuts(); });
     connect(m_mdi, &QMdiArea::subWindowActivated, this, [this] { m_commandMenus->followActiveWindow(); });
     addRecordPlayWindowCommand(this, m_mdi);
+    m_toolBar = new MainToolBar(this, m_commandMenus, m_fileMenu, [this](QAction* a) { return commandAllowed(a); });
+    addToolBar(Qt::TopToolBarArea, m_toolBar);
+    addViewToggles(this, m_commandMenus, m_toolBar, m_statusWindow);
     armShortcuts();
 
     // The document model knows nothing of windows, so the frames look at
@@ -74,6 +78,9 @@ CMainFrame::~CMainFrame() {
     // The workspace outlives this body and reports its windows going as it
     // closes; nothing of this frame may answer by then.
     disconnect(m_mdi, nullptr, this, nullptr);
+    // The toolbar asks this frame's rules while it lives; it goes first.
+    delete m_toolBar;
+    m_toolBar = nullptr;
     if (AppServices::instance().mainWindow == this) {
         AppServices::instance().mainWindow = nullptr;
         AppServices::instance().mdiArea = nullptr;
@@ -99,6 +106,7 @@ void CMainFrame::buildFileMenu() {
         if (rule) {
             m_stateUpdaters.push_back([a, rule] { a->setEnabled(rule()); });
             m_ruledActions.push_back(a);
+            m_rules.insert(a, rule);
         }
         return a;
     };
@@ -206,6 +214,12 @@ void CMainFrame::armShortcuts() {
     // reaches the handler, which applies the rule at that moment.
     for (QAction* a : m_ruledActions) a->setEnabled(true);
     if (m_commandMenus) m_commandMenus->armShortcuts();
+}
+
+bool CMainFrame::commandAllowed(QAction* action) const {
+    if (const auto rule = m_rules.find(action); rule != m_rules.end()) return rule.value()();
+    if (m_fileMenu->actions().contains(action)) return true;
+    return m_commandMenus->ruleAllows(action);
 }
 
 CChildFrame* CMainFrame::addChildFrame(CChildFrame* frame) {

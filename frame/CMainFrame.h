@@ -1,8 +1,9 @@
-// The main frame: the workspace of document windows, the menus (File, the
+// The main frame: the workspace of document windows, the toolbar, the menus (File, the
 // commands of the active view, Window, Help), the recent-file list, and
 // files dropped on it.
 #pragma once
 
+#include <QHash>
 #include <QMainWindow>
 #include <QUrl>
 #include <functional>
@@ -13,6 +14,8 @@ class QAction;
 class CChildFrame;
 class CKestruneView;
 class CommandMenus;
+class CStatusWindow;
+class MainToolBar;
 
 class CMainFrame : public QMainWindow {
     Q_OBJECT
@@ -24,6 +27,8 @@ public:
 
     QMdiArea* mdiArea() const { return m_mdi; }
     CommandMenus* commandMenus() const { return m_commandMenus; }
+    MainToolBar* toolBar() const { return m_toolBar; }
+    CStatusWindow* statusWindow() const { return m_statusWindow; }
     CChildFrame* activeChildFrame() const;
     CKestruneView* activeView() const;
 
@@ -45,6 +50,9 @@ public:
     // Enables every ruled entry while the menus are closed, so that
     // shortcuts reach their handlers, which check the rule themselves.
     void armShortcuts();
+    // Whether an entry of the menus may run now by its rule (the toolbar's
+    // enabling); entries without a rule always may.
+    bool commandAllowed(QAction* action) const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -66,11 +74,14 @@ private:
 
     QMdiArea* m_mdi = nullptr;
     CommandMenus* m_commandMenus = nullptr;  // the menus of the active window's commands
+    CStatusWindow* m_statusWindow = nullptr;
+    MainToolBar* m_toolBar = nullptr;
     QMenu* m_fileMenu = nullptr;
     QMenu* m_windowMenu = nullptr;
     QList<QAction*> m_recentActions;
     QAction* m_recentSeparator = nullptr;
     std::vector<std::function<void()>> m_stateUpdaters;  // one per action with a rule
     QList<QAction*> m_ruledActions;
+    QHash<QAction*, std::function<bool()>> m_rules;  // of the File entries with a rule
     std::function<bool(const QUrl&)> m_urlOpener;
 };

@@ -46,7 +46,7 @@ std::vector<const Command*> entriesOf(const std::vector<const Command*>& command
 }  // namespace
 
 CommandMenus::CommandMenus(QMenuBar* bar, QAction* before, QMdiArea* area, std::function<void()> afterCommand)
-    : QObject(bar), m_area(area), m_afterCommand(std::move(afterCommand)) {
+    : QObject(bar), m_bar(bar), m_before(before), m_area(area), m_afterCommand(std::move(afterCommand)) {
     buildWaveformContext(bar, before);
     for (const QString& name : WindowCommandRegistry::instance().contexts()) buildWindowContext(name, bar, before);
     m_active = QStringLiteral("?");  // nothing shown yet: the first follow shows one context
@@ -81,9 +81,13 @@ void CommandMenus::buildWaveformContext(QMenuBar* bar, QAction* before) {
                 if (m_afterCommand) m_afterCommand();
             });
             const QString baseText = a->text();
-            context.entries.push_back({a, [this, a, c, baseText] {
+            auto rule = [this, c] {
+                CKestruneView* view = activeView();
+                return view && (!c->enabled || c->enabled(*view));
+            };
+            context.entries.push_back({a, rule, [this, a, c, rule, baseText] {
                                            CKestruneView* view = activeView();
-                                           a->setEnabled(view && (!c->enabled || c->enabled(*view)));
+                                           a->setEnabled(rule());
                                            if (c->dynamicText) a->setText(view ? c->dynamicText(*view) : baseText);
                                            if (c->checked) a->setChecked(view && c->checked(*view));
                                        }});
@@ -111,9 +115,13 @@ void CommandMenus::buildWindowContext(const QString& name, QMenuBar* bar, QActio
                 if (m_afterCommand) m_afterCommand();
             });
             const QString baseText = a->text();
-            context.entries.push_back({a, [this, a, c, name, baseText] {
+            auto rule = [this, c, name] {
+                QWidget* window = activeWindowOf(name);
+                return window && (!c->enabled || c->enabled(*window));
+            };
+            context.entries.push_back({a, rule, [this, a, c, name, rule, baseText] {
                                            QWidget* window = activeWindowOf(name);
-                                           a->setEnabled(window && (!c->enabled || c->enabled(*window)));
+                                           a->setEnabled(rule());
                                            if (c->dynamicText) a->setText(window ? c->dynamicText(*window) : baseText);
                                            if (c->checked) a->setChecked(window && c->checked(*window));
                                        }});
@@ -188,4 +196,36 @@ QList<QAction*> CommandMenus::actions(const QString& context) const {
 QList<QMenu*> CommandMenus::menus(const QString& context) const {
     const Context* c = contextNamed(context);
     return c ? c->menus : QList<QMenu*>();
+}
+
+bool CommandMenus::ruleAllows(const QAction* action) const {
+    if (const Context* c = contextNamed(m_active))
+        for (const Entry& e : c->entries)
+            if (e.action == action) return e.rule();
+    return false;
+}
+
+void CommandMenus::addToEveryContext(const QString& title, const QList<QAction*>& actions) {
+    const QStringList& order = ViewCommandRegistry::menuOrder();
+    const auto rank = [&order](const QString& t) {
+        const auto i = order.indexOf(t);
+        return i < 0 ? order.size() : i;
+    };
+    for (Context& context : m_contexts) {
+        QMenu* menu = nullptr;
+        for (QMenu* m : context.menus)
+            if (m->title() == title) menu = m;
+        if (menu == nullptr) {
+            // In menu-bar order among the context's own menus.
+            qsizetype at = 0;
+            while (at < context.menus.size() && rank(context.menus.at(at)->title()) <= rank(title)) ++at;
+            QAction* before = at < context.menus.size() ? context.menus.at(at)->menuAction() : m_before;
+            menu = addMenu(context, m_bar, before, title);
+            context.menus.move(context.menus.size() - 1, at);
+            menu->menuAction()->setVisible(context.name == m_active);
+        } else {
+            menu->addSeparator();
+        }
+        menu->addActions(actions);
+    }
 }

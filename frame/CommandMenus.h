@@ -48,6 +48,14 @@ public:
     QList<QAction*> actions(const QString& context) const;
     // The menus of a context, in menu-bar order.
     QList<QMenu*> menus(const QString& context) const;
+    // Whether the entry's rule lets it run now: what its menu would show on
+    // opening. False for entries of a context that is not in front, and for
+    // actions that are not entries.
+    bool ruleAllows(const QAction* action) const;
+    // Puts `actions` (toggles shared by every window, say) at the end of the
+    // menu `title` of every context, after a separator; a context without
+    // such a menu gets one. They are no entries: no rule, always enabled.
+    void addToEveryContext(const QString& title, const QList<QAction*>& actions);
 
 signals:
     void contextChanged(const QString& context);
@@ -55,6 +63,7 @@ signals:
 private:
     struct Entry {
         QAction* action = nullptr;
+        std::function<bool()> rule;  // the enabling rule, for the active window
         std::function<void()> update;
     };
     struct Context {
@@ -71,6 +80,8 @@ private:
     QWidget* activeWindowOf(const QString& context) const;
     QMenu* addMenu(Context& context, QMenuBar* bar, QAction* before, const QString& title);
 
+    QMenuBar* m_bar;
+    QAction* m_before;  // the menus go in front of it
     QMdiArea* m_area;
     std::function<void()> m_afterCommand;
     std::vector<Context> m_contexts;  // [0] is the waveform view's

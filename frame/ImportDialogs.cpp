@@ -67,7 +67,7 @@ CGenericFileDialog::CGenericFileDialog(const sonmetra::GenericFileSettings& sett
     m_header->setRange(0, INT_MAX);
     m_header->setValue(settings.headerBytes);
     // Rates the readers accept: whole hertz up to 1 MHz.
-    m_rate->setRange(1, static_cast<int>(sonmetra::kMaxImportRateHz));
+    m_rate->setRange(1, static_cast<int>(sonmetra::kMaxRateHz));
     m_rate->setValue(static_cast<int>(std::lround(settings.rateHz)));
     (settings.bits == 8 ? m_8bit : m_16bit)->setChecked(true);
     (settings.lowByteFirst ? m_lowFirst : m_highFirst)->setChecked(true);

@@ -45,6 +45,7 @@ void CWaveIn::Init(SampleBlock* block, unsigned rateHz, int bitsPerSample, IWave
     m_sampleRateHz = rateHz;
     m_column = 0;
     m_buffersAppended = 0;
+    m_partialSamples = 0;
     m_currentIndex = 0;
     m_bufferLength = bufferLengthForRate(rateHz);
     SetFormat(1, rateHz, bitsPerSample);
@@ -102,6 +103,7 @@ MmResult CWaveIn::OpenMic() {
 
     m_event = std::make_shared<AutoResetEvent>("WaveInThreadEvent");
     m_stop = 0;
+    m_workerFailed = false;
     m_worker = std::thread(&CWaveIn::workerMain, this, m_event);
 
     SetFormat(1, m_sampleRateHz, 16);
@@ -150,10 +152,38 @@ MmResult CWaveIn::Close() {
     if (m_device) {
         m_device->reset();
         m_device->stop();
+        appendUnprocessed();
         closed = m_device->close();
         m_device.reset();
     }
     return closed;
+}
+
+void CWaveIn::appendUnprocessed() {
+    // The worker has ended and the device has handed every buffer back. The
+    // current buffer is the one the worker would have taken next; if it holds
+    // sound (the buffer still filling at the stop, or a full one whose signal
+    // came after the stop flag), it follows the block, and only after a full
+    // one can the other buffer hold sound as well. After a failed re-queue
+    // the headers no longer say which buffer came first: the block stays as
+    // the worker left it.
+    if (m_workerFailed) return;
+    for (int k = 0; k < 2; ++k) {
+        const int index = (m_currentIndex + k) % 2;
+        const WaveHeader& header = m_headers[static_cast<std::size_t>(index)];
+        if ((header.flags & kHeaderDone) == 0 || header.bytesRecorded < 2) return;
+        const std::size_t filled = std::min<std::size_t>(header.bytesRecorded / 2, m_currentLength);
+        const std::size_t at = samplesRecorded();
+        if (m_block == nullptr || !m_block->resize(at + filled)) return;
+        std::int16_t* samples = captureBuffer(index);
+        std::int16_t* destination = m_block->data() + at;
+        for (std::size_t i = 0; i < filled; ++i) destination[i] = correctSample(samples[i], m_dcOffset, m_gain);
+        if (filled < static_cast<std::size_t>(m_bufferLength)) {
+            m_partialSamples += filled;
+            return;
+        }
+        m_buffersAppended = m_buffersAppended + 1;
+    }
 }
 
 void CWaveIn::workerMain(std::shared_ptr<AutoResetEvent> event) {
@@ -168,6 +198,7 @@ void CWaveIn::workerMain(std::shared_ptr<AutoResetEvent> event) {
     } catch (...) {
         // A failure has been reported; the recording ends here and the
         // device stays open until Close.
+        m_workerFailed = true;
     }
 }
 

@@ -8,9 +8,11 @@
 // corrects it (DC offset, gain, 16-bit wrap), appends it to the caller's
 // recording block and draws its min/max column into the strip chart.
 //
-// The block always holds buffersAppended() × bufferLength() samples: a
-// buffer still filling when the recording stops is lost. The engine knows
-// nothing of documents; its only product is that block.
+// While recording, the block holds buffersAppended() × bufferLength()
+// samples. Close adds what the device had captured into a buffer that was
+// still filling when the recording stopped, so after Close the block holds
+// samplesRecorded() samples. The engine knows nothing of documents; its
+// only product is that block.
 #pragma once
 
 #include <array>
@@ -68,6 +70,12 @@ public:
     unsigned sampleRate() const { return m_sampleRateHz; }
     int bufferLength() const { return m_bufferLength; }
     int buffersAppended() const { return m_buffersAppended.load(); }
+    // Samples in the recording block: the whole buffers, then after Close
+    // the part of the last buffer that was filled when recording stopped.
+    std::size_t samplesRecorded() const {
+        return static_cast<std::size_t>(m_buffersAppended.load()) * static_cast<std::size_t>(m_bufferLength) +
+               m_partialSamples;
+    }
     const WaveFormat& format() const { return m_format; }
 
 protected:
@@ -82,6 +90,9 @@ private:
     void setUpHeader(int index);
     // Prepares and queues buffer `index` at open; false after its message.
     bool queueBufferAtOpen(int index, MmResult& result);
+    // At Close: appends, corrected, what the device captured into buffers
+    // the worker did not process, so that a stop loses no sound.
+    void appendUnprocessed();
 
     // Filled by the device thread while queued, corrected in place by the worker.
     std::array<std::int16_t, 2 * kBufferCapacity> m_captureBuffers;
@@ -107,6 +118,8 @@ private:
     int m_column = 0;                         // worker only after Init
     std::atomic<int> m_buffersAppended{0};    // worker writes; UI reads (final after Close)
     bool m_openCalled = false;                // UI thread only: Close has something to end
+    std::atomic<bool> m_workerFailed{false};  // worker sets it when it ends on a failure; Close reads it
+    std::size_t m_partialSamples = 0;         // UI thread: set by Close once the worker has ended
 };
 
 }  // namespace sonmetra

@@ -74,12 +74,16 @@ void CWaveOut::Load(const SampleBlock& source, int firstSample, int count, unsig
         return;
     }
     m_position = 0;
-    for (int index = 0; index < 2; ++index) {
-        std::int16_t* slots = playBuffer(index);
-        for (int i = 0; i < m_bufferLength; ++i) {
-            if (m_position < m_total) slots[i] = m_data[static_cast<std::size_t>(m_position)];
-            ++m_position;
-        }
+    for (int index = 0; index < 2; ++index) fillNextBuffer(index);
+}
+
+void CWaveOut::fillNextBuffer(int index) {
+    // Slots past the end are silence, never what an earlier buffer left there.
+    std::int16_t* slots = playBuffer(index);
+    const std::int16_t* samples = m_data.data();
+    for (int i = 0; i < m_bufferLength; ++i) {
+        slots[i] = m_position < m_total ? samples[m_position] : std::int16_t{0};
+        ++m_position;
     }
 }
 
@@ -221,7 +225,13 @@ void CWaveOut::workerMain(std::shared_ptr<AutoResetEvent> event) {
 }
 
 void CWaveOut::Refill() {
-    if (m_position > m_total) {
+    // The buffer just played is the one before the newest two. Playback ends
+    // once it lies wholly past the total: then the buffer that held the last
+    // samples has been played out, and only silence is still queued. (A
+    // device reports a buffer played when it has taken it; the silent
+    // buffer after it gives the sound system time to sound it before the
+    // pause drops what it still holds.)
+    if (static_cast<std::int64_t>(m_position) - 2 * m_bufferLength >= m_total) {
         Pause();
         Stop();
         return;
@@ -239,12 +249,7 @@ void CWaveOut::Refill() {
         report(IDS_WAVEOUT_UNPREPARE_FAILED);
         return;
     }
-    std::int16_t* slots = playBuffer(m_currentIndex);
-    const std::int16_t* samples = m_data.data();
-    for (int i = 0; i < m_bufferLength; ++i) {
-        if (m_position < m_total) slots[i] = samples[m_position];
-        ++m_position;
-    }
+    fillNextBuffer(m_currentIndex);
     setUpHeader(m_currentIndex, m_bufferLength);
     if (dev->prepareHeader(header) != kWaveNoError || header.flags != kHeaderPrepared)
         report(IDS_WAVEOUT_PREPARE_FAILED);
@@ -262,6 +267,12 @@ void CWaveOut::StepProgress(void*) {
         return WaveRect{x, r.top, x + 1, 2 * r.bottom - r.top};
     };
     int played = m_buffersPlayed;
+    // Past the end the cursor has been erased; the silent buffers that
+    // follow the last samples draw nothing.
+    if (played > truncToPixel(blocks)) {
+        m_buffersPlayed = played + 1;
+        return;
+    }
     if (played >= 1) m_window->invertRect(cursorAt(played));
     played += 1;
     m_buffersPlayed = played;

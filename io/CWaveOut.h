@@ -6,8 +6,9 @@
 // - Streaming mode: two buffers of (rate × 2048) / 10000 samples (0.2048 s)
 //   are written at Play; a time-critical worker refills the one the device
 //   has finished (Refill) and steps the cursor (StepProgress). Slots past the
-//   end keep what they held, and playback ends only when the position has
-//   passed the total, so the tail repeats stale samples for up to a buffer.
+//   end are zero, and playback ends (pause, then stop) when the silent buffer
+//   after the last samples has been played, so that exactly the requested
+//   samples sound: nothing left over from earlier buffers, no tail cut off.
 // - Single-buffer mode (short signals): the whole stretch goes to the device
 //   as one buffer with no worker and no cursor. A stretch longer than the two
 //   buffers together is played in streaming mode instead.
@@ -77,6 +78,9 @@ protected:
 private:
     void workerMain(std::shared_ptr<AutoResetEvent> event);
     void setUpHeader(int index, int samples);
+    // Copies the next buffer length of samples from the position into
+    // buffer `index`, zero past the total, and advances the position.
+    void fillNextBuffer(int index);
     // Prepares and writes header `index` at Play; false after its message.
     bool writeAtPlay(int index, MmResult& result);
     std::shared_ptr<IWaveOutDevice> device() const;

@@ -1,13 +1,10 @@
 #include "PortAudioWaveDevice.h"
 
-#include <fcntl.h>
 #include <portaudio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
@@ -15,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "document/QuietStderr.h"
 #include "io/AutoResetEvent.h"
 
 namespace sonmetra {
@@ -32,18 +30,8 @@ constexpr std::chrono::milliseconds kErrorBackoff{20};
 // Runs `action` with standard error sent to /dev/null.
 template <typename Action>
 auto withQuietStderr(Action action) {
-    std::fflush(stderr);
-    const int saved = dup(STDERR_FILENO);
-    const int devNull = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (saved >= 0 && devNull >= 0) dup2(devNull, STDERR_FILENO);
-    auto result = action();
-    std::fflush(stderr);
-    if (saved >= 0) {
-        dup2(saved, STDERR_FILENO);
-        close(saved);
-    }
-    if (devNull >= 0) close(devNull);
-    return result;
+    QuietStderr quiet;
+    return action();
 }
 
 MmResult toWaveResult(PaError error) {

@@ -2,14 +2,16 @@
 
 #include <QDoubleSpinBox>
 #include <QHeaderView>
+#include <QSpinBox>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace {
 
 // Shows doubles with two decimals and edits them with two decimals over a
-// range wide enough for any measurement.
+// range wide enough for any measurement; whole numbers edit as whole numbers.
 class NumberDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -20,10 +22,19 @@ public:
     }
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override {
-        if (index.data(Qt::EditRole).typeId() == QMetaType::Double) {
+        const int type = index.data(Qt::EditRole).typeId();
+        if (type == QMetaType::Double) {
             auto* box = new QDoubleSpinBox(parent);
             box->setDecimals(2);
             box->setRange(-1e15, 1e15);
+            box->setFrame(false);
+            return box;
+        }
+        // Whole-number cells stay numbers when edited (a plain line edit
+        // would hand back text).
+        if (type == QMetaType::LongLong || type == QMetaType::Int) {
+            auto* box = new QSpinBox(parent);
+            box->setRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
             box->setFrame(false);
             return box;
         }

@@ -4,9 +4,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <exception>
 
+#include "document/AtomicFileWriter.h"
+#include "document/BinaryFile.h"
 #include "document/MessageService.h"
 #include "res/StringTable.h"
 
@@ -38,10 +39,16 @@ std::string cleanText(const std::string& t) {
 
 LogReadStatus readLogText(const std::string& path, LogText& out, const std::function<void(int, int)>& progress) {
     out = LogText();
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return LogReadStatus::OpenError;
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (in.bad()) return LogReadStatus::OpenError;
+    // Only a regular file: a pipe or a device would block or never end.
+    BinaryFile in;
+    if (!in.open(path)) return LogReadStatus::OpenError;
+    std::string text;
+    try {
+        text.resize(static_cast<std::size_t>(in.size()));
+    } catch (const std::exception&) {
+        return LogReadStatus::OpenError;
+    }
+    text.resize(in.read(text.data(), text.size()));
     if (text.empty()) return LogReadStatus::ZeroLength;
 
     // Pass 1: lines and the widest line.
@@ -122,12 +129,11 @@ std::string formatLogText(const std::vector<LogRow>& rows) {
 }
 
 bool writeLogFile(const std::string& path, const std::vector<LogRow>& rows) {
+    // Like a document: a failed or killed save keeps the previous log, and a
+    // read-only one is refused with the failed-save report.
     const std::string text = formatLogText(rows);
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return false;
-    bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    ok = (std::fclose(f) == 0) && ok;
-    return ok;
+    return writeFileAtomically(
+        path, [&](std::FILE* f) { return std::fwrite(text.data(), 1, text.size(), f) == text.size(); });
 }
 
 bool parseLogNumber(const std::string& cell, double& value) {

@@ -17,6 +17,7 @@
 #include "document/AppConfig.h"
 #include "document/AudioRate.h"
 #include "document/CKestruneDoc.h"
+#include "document/ChannelRate.h"
 #include "document/MessageService.h"
 #include "io/CWaveIn.h"
 #include "io/CWaveOut.h"
@@ -157,8 +158,7 @@ void CRecordPlay::stopRecording() {
     // Close ends the capture thread, so the block is complete and ours.
     m_waveIn->Close();
     const unsigned rateHz = m_waveIn->sampleRate();
-    const std::size_t samples =
-        static_cast<std::size_t>(m_waveIn->buffersAppended()) * static_cast<std::size_t>(m_waveIn->bufferLength());
+    const std::size_t samples = m_waveIn->samplesRecorded();
     m_waveIn.reset();
     m_recording = false;
     m_display->clearStripChart();
@@ -169,7 +169,8 @@ void CRecordPlay::fillRecordedChannel(unsigned rateHz, std::size_t samples) {
     CKestruneDoc& doc = *m_view.document();
     for (int i = 1; i < CKestruneDoc::kSlots; ++i) doc.channel(i) = CChannel();
     CChannel& ch = doc.channel(0);
-    // The block holds whole buffers only; anything else was never filled.
+    // The block holds the whole buffers and the part of the last one that
+    // was filled when the user stopped; anything beyond was never filled.
     (void)m_block.resize(samples);
     ch.m_samples = std::move(m_block);
     m_block = SampleBlock();
@@ -208,6 +209,17 @@ void CRecordPlay::showRecordedChannels() {
     m_view.update();
 }
 
+void CRecordPlay::stop() {
+    if (m_recording) {
+        stopRecording();
+    } else if (m_recordPending) {
+        m_recordPending = false;  // timer 1 finds it cleared and records nothing
+        m_view.update();
+    } else {
+        stopPlayback();
+    }
+}
+
 void CRecordPlay::stopPlayback() {
     if (m_waveOut) {
         m_waveOut->Pause();
@@ -226,6 +238,12 @@ void CRecordPlay::play(int firstSample, int count) {
     const CChannel& ch = doc.channel(index);
     if (!CFormRecordPlay::takeOpenFormSettings()) return;
     stopPlayback();
+    // The sound card is driven at the channel's rate: one outside the range
+    // is refused with what is wrong with it.
+    if (const std::string problem = channelRateProblem(ch, index); !problem.empty()) {
+        showMessage(problem);
+        return;
+    }
     if (recordPlayConfig().m_source == kExternalSource) {
         playThroughUnit(&m_view, ch, firstSample, count, recordPlayConfig());
         return;
@@ -315,4 +333,10 @@ void registerRecordPlayCommands() {
         [hasData](const CKestruneView& v) { return hasData(v) && v.selectionPresent(); });
     add(
         "Play Window", "Plays the displayed stretch", 40, [](CRecordPlay& e) { e.playWindow(); }, hasData);
+    add(
+        "Stop", "Stops playing or recording", 50, [](CRecordPlay& e) { e.stop(); },
+        [](const CKestruneView& v) {
+            const auto* e = v.extension<CRecordPlay>();
+            return e != nullptr && (e->recording() || e->recordPending() || e->playing());
+        });
 }

@@ -1,5 +1,5 @@
 // Recording and playback from the waveform view: Record, Play All, Play
-// Selection and Play Window, through the sound card or, with the input
+// Selection, Play Window and Stop, through the sound card or, with the input
 // source "External Hardware", the external unit (recordplay/UnitRecordPlay.h).
 // Each reads the open record and play options window first.
 //
@@ -42,6 +42,9 @@ public:
     void playWindow();
     // The press that ends a recording.
     void stopRecording();
+    // "Stop": ends a recording (keeping what was recorded), a record that
+    // has not started yet, or the playback.
+    void stop();
 
     bool recording() const { return m_recording; }
     // Record has been chosen and timer 1 has not fired yet.
@@ -78,5 +81,5 @@ private:
     bool m_recordPending = false;  // timer 1 is running
 };
 
-// Registers the four commands and the view extension (once).
+// Registers the five commands and the view extension (once).
 void registerRecordPlayCommands();

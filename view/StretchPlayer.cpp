@@ -4,6 +4,8 @@
 
 #include "ViewWaveDisplay.h"
 #include "document/CKestruneDoc.h"
+#include "document/ChannelRate.h"
+#include "document/MessageService.h"
 #include "io/CWaveOut.h"
 
 namespace {
@@ -25,6 +27,12 @@ void StretchPlayer::play(const sonmetra::CKestruneDoc& doc, int channel, int fir
     stop();
     if (channel < 0 || channel >= doc.channelCount() || count <= 0 || firstSample < 0) return;
     const sonmetra::CChannel& ch = doc.channel(channel);
+    // The sound card is driven at the channel's rate: one outside the range
+    // is refused with what is wrong with it.
+    if (const std::string problem = sonmetra::channelRateProblem(ch, channel); !problem.empty()) {
+        sonmetra::showMessage(problem);
+        return;
+    }
     QApplication::setOverrideCursor(Qt::WaitCursor);
     m_waveOut = std::make_unique<sonmetra::CWaveOut>();
     const QRect plot = m_plotArea();

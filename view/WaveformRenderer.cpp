@@ -188,9 +188,11 @@ void drawSparseTrace(QPainter& p, const CChannel& ch, const VerticalScale& vs, i
 }
 
 // The derived curve (the intensity contour, one value per sample) scaled
-// from its minimum at the strip's bottom to its maximum at the top.
+// from its minimum at the strip's bottom to its maximum at the top. It is
+// two pixels wide, so that it stays readable where it crosses a dense trace
+// of one-pixel lines.
 void drawDerivedCurve(QPainter& p, const CChannel& ch, const QRect& stripDev, int left, int width, double start,
-                      double perColumn, const QColor& color) {
+                      double perColumn, const QColor& color, double dpr) {
     const std::size_t n = ch.m_intensity.size();
     const double span = ch.m_intensityMax - ch.m_intensityMin;
     if (n == 0 || !(span > 0.0)) return;
@@ -203,7 +205,7 @@ void drawDerivedCurve(QPainter& p, const CChannel& ch, const QRect& stripDev, in
         const double v = (ch.m_intensity[static_cast<std::size_t>(s)] - ch.m_intensityMin) / span;
         curve << QPointF(left + c + 0.5, stripDev.bottom() - std::clamp(v, 0.0, 1.0) * (stripDev.height() - 2));
     }
-    p.setPen(QPen(color, 0));
+    p.setPen(QPen(color, std::max(1.0, std::round(2.0 * dpr)), Qt::SolidLine, Qt::FlatCap, Qt::RoundJoin));
     p.drawPolyline(curve);
 }
 
@@ -331,7 +333,7 @@ void renderTraceLayer(QImage& layer, const CKestruneDoc& doc, ChannelSummaries& 
                 p.save();
                 p.resetTransform();
                 p.setClipRect(stripDev.adjusted(1, 1, -1, -1));
-                drawDerivedCurve(p, ch, stripDev, leftDev, widthDev, ch.m_viewStartSample, perColumn, curveColor);
+                drawDerivedCurve(p, ch, stripDev, leftDev, widthDev, ch.m_viewStartSample, perColumn, curveColor, dpr);
                 p.restore();
             }
         }

@@ -88,7 +88,8 @@ void formantTallies(const synth::VowelSpec& vowel, const std::vector<std::int16_
         SpectrumWindowState st;
         ComputeSpectrumWindow(w, settings.fftLpc, {}, st);
         for (int k = 0; k < 3; ++k)
-            window.add(k, st.formantHz[static_cast<std::size_t>(k)] - 0.5, vowel.formantHz[static_cast<std::size_t>(k)]);
+            window.add(k, st.formantHz[static_cast<std::size_t>(k)] - 0.5,
+                       vowel.formantHz[static_cast<std::size_t>(k)]);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "BuildContext.h"
 #include "analysis/Fft.h"
 
 namespace {
@@ -69,6 +70,7 @@ private:
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
+    sonmetra::bench::AddBuildContext();
     // Each size of both transforms back to back, so that a change of machine
     // load touches both sides of a ratio alike.
     for (int m = 5; m <= 12; ++m) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "BuildContext.h"
 #include "LongRecording.h"
 #include "analysis/PitchTrack.h"
 #include "analysis/Spectrogram.h"
@@ -46,6 +47,7 @@ const std::vector<std::int16_t>& recording() {
 void pitch(benchmark::State& state, sonmetra::PitchMethod method) {
     const auto& s = recording();
     sonmetra::PitchTrackInput in;
+    in.threads = static_cast<int>(state.range(0));
     in.samples = s.data();
     in.sampleCount = static_cast<double>(s.size());
     in.endSample = in.sampleCount;
@@ -70,6 +72,7 @@ void BM_PitchTrackAutocorrelation(benchmark::State& state) { pitch(state, sonmet
 void BM_Spectrogram(benchmark::State& state) {
     const auto& s = recording();
     sonmetra::SpectrogramInput in;
+    in.threads = static_cast<int>(state.range(1));
     in.samples = s.data();
     in.sampleCount = static_cast<double>(s.size());
     in.endSample = in.sampleCount;
@@ -89,10 +92,38 @@ void BM_Spectrogram(benchmark::State& state) {
     state.counters["allocs_per_column"] = static_cast<double>(allocations) / columns;
 }
 
-BENCHMARK(BM_PitchTrackCepstral)->Unit(benchmark::kMillisecond)->Iterations(2);
-BENCHMARK(BM_PitchTrackAutocorrelation)->Unit(benchmark::kMillisecond)->Iterations(2);
-BENCHMARK(BM_Spectrogram)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->Iterations(2);
+// Threads: 1 (the calling thread only) and 0 (one per processor core).
+// CPU time is that of the whole process, all threads together.
+BENCHMARK(BM_PitchTrackCepstral)
+    ->ArgName("threads")
+    ->Arg(1)
+    ->Arg(0)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
+BENCHMARK(BM_PitchTrackAutocorrelation)
+    ->ArgName("threads")
+    ->Arg(1)
+    ->Arg(0)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
+BENCHMARK(BM_Spectrogram)
+    ->ArgNames({"formants", "threads"})
+    ->ArgsProduct({{0, 1}, {1, 0}})
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    sonmetra::bench::AddBuildContext();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

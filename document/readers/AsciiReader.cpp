@@ -15,9 +15,6 @@ namespace {
 
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isNumberChar(char c) {
-    return isDigit(c) || isSpace(c) || c == '+' || c == '-' || c == '.' || c == 'e' || c == 'E';
-}
 
 // Rounds half away from zero; what would round beyond 16 bits is clipped.
 std::int16_t clipTo16(double v, std::size_t& clippedCount) {
@@ -84,19 +81,35 @@ std::optional<double> parseAsciiNumber(std::string_view token) {
     return token[0] == '-' ? -value : value;
 }
 
-bool isNumberText(BinaryFile& file) {
+bool isPlainText(BinaryFile& file) {
     if (!file.seek(0)) return false;
-    bool sawDigit = false;
-    char buffer[65536];
+    unsigned char buffer[65536];
+    int continuation = 0;  // bytes still owed by the current UTF-8 character
+    bool sawAny = false;
     for (;;) {
         const std::size_t got = file.read(buffer, sizeof buffer);
         for (std::size_t i = 0; i < got; ++i) {
-            if (!isNumberChar(buffer[i])) return false;
-            sawDigit = sawDigit || isDigit(buffer[i]);
+            const unsigned char c = buffer[i];
+            if (continuation > 0) {
+                if ((c & 0xC0) != 0x80) return false;
+                --continuation;
+                continue;
+            }
+            if (c >= 0x20 && c < 0x7F) {
+                sawAny = true;
+            } else if (isSpace(static_cast<char>(c))) {
+                sawAny = true;
+            } else if (c >= 0xC2 && c <= 0xF4) {
+                // The lead byte of a two- to four-byte UTF-8 character.
+                continuation = c < 0xE0 ? 1 : c < 0xF0 ? 2 : 3;
+                sawAny = true;
+            } else {
+                return false;
+            }
         }
         if (got < sizeof buffer) break;
     }
-    return sawDigit;
+    return sawAny && continuation == 0;
 }
 
 ReadStatus readAscii(BinaryFile& file, CKestruneDoc& doc, ReadContext&) {

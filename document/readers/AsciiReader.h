@@ -20,9 +20,11 @@ ReadStatus readAscii(BinaryFile& file, CKestruneDoc& doc, ReadContext& context);
 // number in the syntax above.
 std::optional<double> parseAsciiNumber(std::string_view token);
 
-// True when the whole file is made only of digits, signs, decimal points,
-// exponent letters and white space, with at least one digit: a file that the
-// raw integer reader leaves to the ASCII reader.
-bool isNumberText(BinaryFile& file);
+// True when the whole file is text: printable ASCII, white space and UTF-8
+// characters, with no control byte, no NUL and no byte outside a valid
+// UTF-8 sequence. The raw integer reader leaves such a file to the ASCII
+// reader, whose message then says why it is no sample file. (Recorded
+// integers nearly always hold bytes such as 0x00, 0xFF or 0x80.)
+bool isPlainText(BinaryFile& file);
 
 }  // namespace sonmetra

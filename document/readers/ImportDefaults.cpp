@@ -8,7 +8,7 @@
 
 namespace sonmetra {
 
-bool plausibleImportRate(double rateHz) { return std::isfinite(rateHz) && rateHz > 0.0 && rateHz <= kMaxImportRateHz; }
+bool plausibleImportRate(double rateHz) { return rateInRange(rateHz); }
 
 int chooseImportChannel(ReadContext& context, int channelCount) {
     if (channelCount <= 1) return channelCount == 1 ? 0 : -1;

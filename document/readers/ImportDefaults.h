@@ -7,15 +7,15 @@
 #include <cstdint>
 #include <string>
 
+#include "analysis/SampleRateRange.h"
 #include "document/CKestruneDoc.h"
 #include "document/FileReader.h"
 #include "document/SampleBlock.h"
 
 namespace sonmetra {
 
-// Highest sample rate an import accepts. Rates of 0, below 0, above this or
-// not finite make a file "not of this type" (or a generic-file error).
-inline constexpr double kMaxImportRateHz = 1.0e6;
+// The rates an import accepts: those of analysis/SampleRateRange.h. Any
+// other makes a file "not of this type" (or a generic-file error).
 bool plausibleImportRate(double rateHz);
 
 // Asks which of channelCount channels to take when there is more than one.

@@ -10,7 +10,8 @@
 namespace sonmetra {
 
 ReadStatus readRawInt(BinaryFile& file, CKestruneDoc& doc, ReadContext&) {
-    if (isNumberText(file)) return ReadStatus::NotMyType;
+    // Text, numbers or words, is the ASCII reader's to take or to refuse.
+    if (isPlainText(file)) return ReadStatus::NotMyType;
 
     const GenericFileSettings& g = doc.m_generic;
     const bool settingsOk = (g.bits == 8 || g.bits == 16) && g.headerBytes >= 0 && plausibleImportRate(g.rateHz);

@@ -2,14 +2,15 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "AiffReader.h"
 #include "ImportDefaults.h"
 #include "document/MessageService.h"
+#include "document/QuietStderr.h"
 #include "res/StringTable.h"
 
 namespace sonmetra {
@@ -101,7 +102,10 @@ bool readByOwnReaders(int format) {
 }
 
 struct SndfileCloser {
-    void operator()(SNDFILE* s) const { sf_close(s); }
+    void operator()(SNDFILE* s) const {
+        QuietStderr quiet;
+        sf_close(s);
+    }
 };
 
 // Reads every frame, keeping channel `chosen`. The claimed frame count is
@@ -110,12 +114,17 @@ struct SndfileCloser {
 template <typename T, typename Read, typename Convert>
 bool readChosenChannel(SNDFILE* sf, int channels, int chosen, sf_count_t claimedFrames, SampleBlock& out, Read read,
                        Convert convert) {
-    const std::size_t framesPerBlock = std::max<std::size_t>(1, 65536 / static_cast<std::size_t>(channels));
-    std::vector<T> buffer(framesPerBlock * static_cast<std::size_t>(channels));
+    // No larger than the claim, and not cleared: the library writes what it
+    // delivers, and only that is read. (A short file does not pay for a
+    // half-megabyte buffer.)
+    const std::size_t framesPerBlock = std::max<std::size_t>(
+        1, std::min<std::size_t>(65536 / static_cast<std::size_t>(channels),
+                                 static_cast<std::size_t>(std::max<sf_count_t>(claimedFrames, 0))));
+    const auto buffer = std::make_unique_for_overwrite<T[]>(framesPerBlock * static_cast<std::size_t>(channels));
     sf_count_t total = 0;
     while (total < claimedFrames) {
         const sf_count_t want = std::min<sf_count_t>(static_cast<sf_count_t>(framesPerBlock), claimedFrames - total);
-        const sf_count_t got = read(sf, buffer.data(), want);
+        const sf_count_t got = read(sf, buffer.get(), want);
         if (got <= 0) break;
         const std::size_t old = out.size();
         if (!allocateImportSamples(out, old + static_cast<std::size_t>(got))) return false;
@@ -146,7 +155,12 @@ ReadStatus readSndfile(BinaryFile& file, CKestruneDoc& doc, ReadContext& context
     VirtualFile vf{&file, 0};
     SF_VIRTUAL_IO io{vioLength, vioSeek, vioRead, vioWrite, vioTell};
     SF_INFO info{};
-    std::unique_ptr<SNDFILE, SndfileCloser> sf(sf_open_virtual(&io, SFM_READ, &info, &vf));
+    std::unique_ptr<SNDFILE, SndfileCloser> sf;
+    {
+        // Probing a file that is not MPEG makes the MPEG decoder talk.
+        QuietStderr quiet;
+        sf.reset(sf_open_virtual(&io, SFM_READ, &info, &vf));
+    }
     if (!sf) return ReadStatus::NotMyType;
     if (!acceptedFamily(info.format) || info.channels <= 0 || info.frames < 0 || !plausibleImportRate(info.samplerate))
         return ReadStatus::NotMyType;

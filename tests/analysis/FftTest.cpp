@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include "TestSignals.h"
@@ -55,18 +57,45 @@ void literalFft(double* re, double* im, int m) {
     }
 }
 
+// Both vector paths (AVX2 where the processor has it, and SSE2), the gathered
+// first stages of the sizes up to 4096 and the in-place swaps beyond.
 TEST(Fft, GivesExactlyTheNumbersOfTheStageRecurrence) {
-    for (int m = 1; m <= 12; ++m) {
-        const int n = 1 << m;
-        auto re = test::noise(n, 11u + m), im = test::noise(n, 97u + m);
-        auto re2 = re, im2 = im;
-        Fft(re.data(), im.data(), m);
-        literalFft(re2.data(), im2.data(), m);
-        for (int i = 0; i < n; ++i) {
-            ASSERT_EQ(re[i], re2[i]) << "m=" << m << " i=" << i;
-            ASSERT_EQ(im[i], im2[i]) << "m=" << m << " i=" << i;
+    for (const bool avx2 : {true, false}) {
+        detail::FftUseAvx2(avx2);
+        for (int m = 1; m <= 14; ++m) {
+            const int n = 1 << m;
+            auto re = test::noise(n, 11u + m), im = test::noise(n, 97u + m);
+            auto re2 = re, im2 = im;
+            Fft(re.data(), im.data(), m);
+            literalFft(re2.data(), im2.data(), m);
+            ASSERT_EQ(std::memcmp(re.data(), re2.data(), sizeof(double) * n), 0) << "m=" << m << " avx2 " << avx2;
+            ASSERT_EQ(std::memcmp(im.data(), im2.data(), sizeof(double) * n), 0) << "m=" << m << " avx2 " << avx2;
         }
     }
+    detail::FftUseAvx2(true);
+}
+
+// The outputs a caller asks for are Fft's to the bit, for ranges in either
+// quarter and across the middle; other ranges and small sizes run the whole.
+TEST(Fft, FirstHalfOutputsAreThoseOfTheWholeTransform) {
+    for (const bool avx2 : {true, false}) {
+        detail::FftUseAvx2(avx2);
+        for (int m = 4; m <= 12; ++m) {
+            const int n = 1 << m, half = n / 2;
+            for (const auto& [from, to] : {std::pair{0, half}, std::pair{1, 2}, std::pair{half / 8, half / 2 - 3},
+                                           std::pair{half / 2, half}, std::pair{half / 4, 3 * half / 4 + 1}}) {
+                auto re = test::noise(n, 3u + m), im = test::noise(n, 7u + m);
+                auto whole = re, wholeIm = im;
+                Fft(whole.data(), wholeIm.data(), m);
+                FftFirstHalf(re.data(), im.data(), m, from, to);
+                for (int k = from; k < to; ++k) {
+                    ASSERT_EQ(std::memcmp(&re[k], &whole[k], sizeof(double)), 0) << m << " " << from << " " << k;
+                    ASSERT_EQ(std::memcmp(&im[k], &wholeIm[k], sizeof(double)), 0) << m << " " << from << " " << k;
+                }
+            }
+        }
+    }
+    detail::FftUseAvx2(true);
 }
 
 TEST(Fft, AgreesWithDirectDftWithNegativeExponentAndNoScaling) {
@@ -176,6 +205,33 @@ TEST(FftSpectrum, ResamplingFollowsTheSplineThroughTheBins) {
     auto half = x;
     FftSpectrum(half.data(), 256, 0.0, 1, 1, 128, 2000, 8000.0);
     for (int j = 0; j < 128; j += 2) EXPECT_NEAR(half[j], bins[j / 2], 1e-9) << j;
+}
+
+// Four spectra at once are four FftSpectrum calls, to the bit, and leave the
+// workspace's spline tables as the last call does; also for tables too short
+// for a spline, silent blocks and a range beyond the last bin.
+TEST(FftSpectrum, FourBlocksAtOnceAreFourSpectra) {
+    for (const int n : {2, 4, 32, 128, 1024}) {
+        for (const auto& [points, rangeHz] : {std::pair{256, 5000}, std::pair{7, 5512}, std::pair{300, 6000}}) {
+            std::vector<std::vector<double>> one(4), four(4);
+            for (int l = 0; l < 4; ++l) {
+                one[l] = test::noise(std::max(n + 1, points) + 4, 31u * n + l);
+                for (auto& v : one[l]) v *= 3000.0;
+                if (l == 2) std::fill(one[l].begin(), one[l].end(), 0.0);
+                four[l] = one[l];
+            }
+            AnalysisWorkspace single, batch;
+            for (auto& block : one) FftSpectrum(block.data(), n, 0.97, 1, 1, points, rangeHz, 11025.0, single);
+            double* blocks[4] = {four[0].data(), four[1].data(), four[2].data(), four[3].data()};
+            ASSERT_EQ(FftSpectra(blocks, n, 0.97, 1, points, rangeHz, 11025.0, batch), 0);
+            for (int l = 0; l < 4; ++l)
+                ASSERT_EQ(std::memcmp(one[l].data(), four[l].data(), sizeof(double) * one[l].size()), 0)
+                    << n << " " << points << " " << l;
+            const std::size_t tables = static_cast<std::size_t>(n / 2) + 1;
+            EXPECT_EQ(std::memcmp(single.m_splineY2.data(), batch.m_splineY2.data(), sizeof(double) * tables), 0);
+            EXPECT_EQ(std::memcmp(single.m_re.data(), batch.m_re.data(), sizeof(double) * n), 0);
+        }
+    }
 }
 
 TEST(FftSpectrum, SizeLabelCutsTheBinWidth) {

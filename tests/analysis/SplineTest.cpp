@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
+#include <limits>
 #include <vector>
 
 #include "analysis/Spline.h"
@@ -76,6 +78,41 @@ TEST(Spline, UnitGridShortcutEqualsBisection) {
         SplineValue(x.data(), y.data(), y2.data(), n, at, a);
         detail::SplineValueOnUnitGrid(y.data(), y2.data(), n, at, b);
         ASSERT_EQ(a, b) << at;
+    }
+}
+
+// The unit-grid construction gives Spline's numbers to the bit, also where
+// the values are extreme, infinite or not numbers at all.
+TEST(Spline, UnitGridConstructionEqualsTheGeneralOne) {
+    std::uint32_t state = 3;
+    for (const int n : {1, 2, 3, 4, 64, 198, 2048}) {
+        for (int variant = 0; variant < 3; ++variant) {
+            std::vector<double> x(n + 1), y(n + 1), general(n + 1, -1.0), unit(n + 1, -1.0);
+            for (int k = 1; k <= n; ++k) {
+                state = state * 1664525u + 1013904223u;
+                x[k] = k - 1;
+                y[k] = (static_cast<double>(state >> 8) / 16777216.0 - 0.5) * (variant == 1 ? 1e300 : 80.0);
+            }
+            if (variant == 2 && n > 3) {
+                y[2] = std::numeric_limits<double>::infinity();
+                y[n - 1] = std::numeric_limits<double>::quiet_NaN();
+            }
+            Spline(x.data(), y.data(), n, kNaturalSplineEnd, kNaturalSplineEnd, general.data());
+            NaturalSplineOnUnitGrid(y.data(), n, unit.data());
+            ASSERT_EQ(std::memcmp(general.data() + 1, unit.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
+            // Four tables side by side: each as alone (here one table four times
+            // beside three others).
+            std::vector<double> other(y.size());
+            for (std::size_t k = 1; k < y.size(); ++k) other[k] = y[y.size() - k] * 0.5;
+            std::vector<std::vector<double>> side(4, std::vector<double>(n + 1, -1.0));
+            const double* tables[4] = {y.data(), other.data(), y.data(), other.data()};
+            double* results[4] = {side[0].data(), side[1].data(), side[2].data(), side[3].data()};
+            NaturalSplinesOnUnitGrid(tables, n, results);
+            ASSERT_EQ(std::memcmp(side[2].data() + 1, unit.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
+            std::vector<double> alone(n + 1);
+            NaturalSplineOnUnitGrid(other.data(), n, alone.data());
+            ASSERT_EQ(std::memcmp(side[1].data() + 1, alone.data() + 1, sizeof(double) * n), 0) << n << " " << variant;
+        }
     }
 }
 

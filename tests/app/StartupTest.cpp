@@ -2,6 +2,7 @@
 // commands driven through their real actions with scripted answers.
 #include <QAction>
 #include <QApplication>
+#include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -167,6 +168,57 @@ private slots:
         QVERIFY(!frame.openDocumentFile(m_work.path() + "/does-not-exist.kvd"));
         QVERIFY(QString::fromStdString(m_messages.lastText()).startsWith("Cannot open the file"));
         QCOMPARE(frame.mdiArea()->subWindowList().size(), 0);
+    }
+
+    // A damaged big-endian document: a cut channel header or label record is
+    // reported as for a little-endian one; short sample data is silent, as
+    // the format wants; and no open that fails leaves a window behind.
+    void damagedMacDocumentsAreReportedAndLeaveNoWindow() {
+        CMainFrame frame;
+        QByteArray bytes;
+        QDataStream out(&bytes, QIODevice::WriteOnly);
+        out.setByteOrder(QDataStream::BigEndian);
+        out.setFloatingPointPrecision(QDataStream::DoublePrecision);
+        out.writeRawData("RVM_Mac\0", 8);
+        out << qint32(1);
+        bytes.append(QByteArray(500, '\0'));
+        out.device()->seek(bytes.size());
+        out << 6 * 1000.0 / 11025.0 << 11025.0 << 6.0 << 0.0 << 0.0 << 0.0 << 1.0 << 0.0;
+        for (qint32 v : {1, 16, 0, 100, 1, 1, 5512, 1, 0, 1, 0, 0, 0}) out << v;
+        out.writeRawData(QByteArray("Audio").leftJustified(64, '\0').constData(), 64);
+        out.writeRawData(QByteArray("mv").leftJustified(64, '\0').constData(), 64);
+        out << qint32(0);
+        out << 1.0 << 0.0;  // one label at 1 ms
+        for (int k = 0; k < 9; ++k) out << qint32(0);
+        out << qint32(-20);
+        out.writeRawData(QByteArray(56, '\0').constData(), 56);
+        out.writeRawData(QByteArray("a").leftJustified(256, '\0').constData(), 256);
+        for (qint16 v : {1, 2, 3, 4, 5, 6}) out << v;
+        QCOMPARE(bytes.size(), 512 + 248 + 368 + 12);
+
+        const QString path = m_work.path() + "/damaged-mac.kvd";
+        const struct {
+            int cut;
+            bool message;
+        } cases[] = {{512 + 100, true}, {512 + 248 + 200, true}, {512 + 248 + 368 + 5, false}};
+        for (const auto& c : cases) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(bytes.left(c.cut));
+            file.close();
+            m_messages.clear();
+            QVERIFY(!frame.openDocumentFile(path));
+            const auto expected =
+                c.message ? std::vector<std::string>{"Incorrect number of data was read"} : std::vector<std::string>{};
+            QCOMPARE(m_messages.texts(), expected);
+            QCOMPARE(frame.mdiArea()->subWindowList().size(), 0);
+        }
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(bytes);
+        file.close();
+        QVERIFY(frame.openDocumentFile(path));
+        QCOMPARE(frame.mdiArea()->subWindowList().size(), 1);
     }
 
     void helpFallsBackToHtmAndThenToTheMessage() {

@@ -2,7 +2,10 @@
 // a document at another audio rate is opened.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "TestFiles.h"
 #include "document/AppConfig.h"
@@ -158,4 +161,53 @@ TEST(AppConfigTest, TheUnitsDriverSettingAndMultiplexTypeHaveTheirPlaces) {
     putI32(r.data() + cfg::kMultiplexType, 4);
     ASSERT_TRUE(back.fromRecord(r));
     EXPECT_EQ(back.m_multiplexType, 3);  // out of range: the value before stays
+}
+
+// Every rate of the range comes into force and is written so that it reads
+// back with its derived values; a rate outside it (as a damaged file holds)
+// is reported when the workstation opens the file, and derives nothing: no
+// overflowed number reaches the configuration record.
+TEST(AppConfigTest, OnlyRatesOfTheRangeComeIntoForceAndEachReadsBack) {
+    RecordingMessageService messages;
+    ScopedMessageService install(&messages);
+    TempDir dir;
+    const std::string configPath = dir.file("SonmetraConf.cfg");
+    for (const double rate : {1.0, 250.0, 1102.5, 44100.0, 1.0e6}) {
+        AppConfig config;
+        config.setFilePath(configPath);
+        config.takeAudioRate(rate);
+        AppConfig back;
+        ASSERT_TRUE(back.readFile(configPath)) << rate;
+        EXPECT_EQ(back.audioRateHz(), std::trunc(rate));
+        EXPECT_EQ(back.m_analysis.fftLpc.appliedWindowMs, AppConfig::analysisFrameMs(rate)) << rate;
+        EXPECT_EQ(back.m_analysis.fftLpc.frequencyRangeHz, AppConfig::displayFrequencyRangeHz(rate)) << rate;
+        EXPECT_EQ(back.m_analysis.fftLpc.lpcOrder, AppConfig::analysisOrder(rate)) << rate;
+        EXPECT_LE(AppConfig::analysisOrder(rate), 400);
+    }
+    setAudioRateInForce(11000.0);
+
+    const double bad[] = {0.0, -1.0, std::nan(""), HUGE_VAL, 1e300, 6.103515625e-305, 1.0e6 + 1};
+    for (const double rate : bad) {
+        std::remove(configPath.c_str());
+        AppConfig config;
+        config.setFilePath(configPath);
+        CKestruneDoc doc;
+        fillSampleDocument(doc);
+        doc.channel(0).m_rateHz = rate;
+        ASSERT_TRUE(doc.saveAs(dir.file("bad.kvd"), 1));
+        CKestruneDoc opened;
+        DefaultImportDialogs dialogs;
+        messages.clear();
+        ASSERT_TRUE(openDocument(opened, dir.file("bad.kvd"), dialogs, &config)) << rate;
+        ASSERT_EQ(messages.texts().size(), 1u) << rate;
+        EXPECT_EQ(messages.texts()[0].rfind("The sample rate of channel 1 (Audio) ", 0), 0u) << messages.texts()[0];
+        EXPECT_EQ(audioRateInForce(), 11000.0) << rate;
+        EXPECT_EQ(config.audioRateHz(), 11000.0) << rate;
+        EXPECT_FALSE(std::filesystem::exists(configPath)) << rate;
+        EXPECT_EQ(opened.m_analysis.fftLpc.lpcOrder, AnalysisSettings::defaultsForRate(11000.0).fftLpc.lpcOrder);
+        config.takeAudioRate(rate);
+        setAudioRateInForce(rate);
+        EXPECT_EQ(config.audioRateHz(), 11000.0) << rate;
+        EXPECT_EQ(audioRateInForce(), 11000.0) << rate;
+    }
 }

@@ -82,8 +82,8 @@ struct FileBuilder {
         f64(0.0);
         for (std::int32_t v : {1, 1, 0, 0, 0, 0}) i32(v);
         for (std::int32_t v : {0x1234ff, 0x80, 0x7f}) i32(v);  // colour words
-        i32(-20);                                               // font height
-        bytes.resize(bytes.size() + 56, 0xab);                  // rest of the font record
+        i32(-20);                                              // font height
+        bytes.resize(bytes.size() + 56, 0xab);                 // rest of the font record
         text(s, 256);
     }
 };
@@ -168,6 +168,41 @@ TEST_F(KvdFormatTest, BigEndianFileOpensWithSameContentAndSavesLittleEndian) {
     }
 }
 
+// A channel long enough to be read by several threads (each part converted
+// on its own), followed by a short one that must start where the long one
+// ends; an odd count leaves a tail beyond the eight-sample steps of the swap.
+TEST_F(KvdFormatTest, LongChannelsReadInPartsKeepEverySampleInPlace) {
+    std::vector<std::int16_t> samples(std::size_t{17} * 1024 * 1024 + 13);
+    std::uint32_t x = 5;
+    for (auto& v : samples) {
+        x = x * 1664525u + 1013904223u;
+        v = static_cast<std::int16_t>(x >> 16);
+    }
+    for (bool big : {false, true}) {
+        FileBuilder b{big, {}};
+        b.fileHeader(big ? "RVM_Mac" : "RVM_PC", 2);
+        b.channel(44100.0, samples, 1, "Long");
+        b.channel(500.0, {7, -8, 9}, 0, "After", 1);
+        const std::string path = dir.file("long.kvd");
+        writeBytes(path, b.bytes);
+        CKestruneDoc doc;
+        ASSERT_TRUE(open(doc, path)) << messages.lastText();
+        EXPECT_TRUE(std::equal(samples.begin(), samples.end(), doc.channel(0).m_samples.begin(),
+                               doc.channel(0).m_samples.end()))
+            << big;
+        EXPECT_EQ(doc.channel(1).m_name, "After");
+        EXPECT_EQ(doc.channel(1).m_samples[1], -8);
+        ASSERT_EQ(doc.channel(1).m_labels.size(), 1u);
+
+        // Cut inside the long channel's last part: short data, as before.
+        b.bytes.resize(512 + 248 + samples.size() * 2 - 1000);
+        writeBytes(path, b.bytes);
+        CKestruneDoc cut;
+        messages.clear();
+        EXPECT_FALSE(open(cut, path));
+    }
+}
+
 TEST_F(KvdFormatTest, ChannelCountBoundIsNineteen) {
     for (int count : {19, 20, 0, -1}) {
         FileBuilder b{false, {}};
@@ -213,6 +248,36 @@ TEST_F(KvdFormatTest, ShortDataIsReportedForPcAndSilentForMac) {
     CKestruneDoc doc;
     EXPECT_FALSE(open(doc, dir.file("labels.kvd")));
     EXPECT_EQ(messages.lastText(), "Incorrect number of data was read");
+}
+
+// Only short sample data is silent for a Mac file: a channel header or a
+// label record cut short is reported in both byte orders.
+TEST_F(KvdFormatTest, CutHeadersAndLabelsAreReportedInBothByteOrders) {
+    for (bool big : {false, true}) {
+        FileBuilder b{big, {}};
+        b.fileHeader(big ? "RVM_Mac" : "RVM_PC", 2);
+        b.channel(11025.0, {1, 2, 3}, 1, "first", 2);
+        b.channel(11025.0, {4, 5}, 0, "second", 1);
+        const std::size_t secondHeader = 512 + 248 + 2 * 368 + 6;
+        const std::size_t cuts[] = {512 + 100, 512 + 248 + 368 + 17, secondHeader + 247, secondHeader + 248 + 200};
+        for (const std::size_t cut : cuts) {
+            writeBytes(dir.file("cut.kvd"), std::vector<std::uint8_t>(b.bytes.begin(), b.bytes.begin() + cut));
+            CKestruneDoc doc;
+            messages.clear();
+            EXPECT_FALSE(open(doc, dir.file("cut.kvd"))) << big << " cut at " << cut;
+            EXPECT_EQ(messages.texts(), std::vector<std::string>{"Incorrect number of data was read"})
+                << big << " cut at " << cut;
+        }
+        // A label count beyond the end of the file.
+        std::vector<std::uint8_t> bytes = b.bytes;
+        const std::uint8_t huge[4] = {0x00, 0x10, 0x00, 0x00};
+        std::memcpy(bytes.data() + 512 + 92, huge, 4);
+        writeBytes(dir.file("labels.kvd"), bytes);
+        CKestruneDoc doc;
+        messages.clear();
+        EXPECT_FALSE(open(doc, dir.file("labels.kvd")));
+        EXPECT_EQ(messages.texts(), std::vector<std::string>{"Incorrect number of data was read"}) << big;
+    }
 }
 
 TEST_F(KvdFormatTest, AudioChannelRuleTakesFirstChannelAbove8000Hz) {

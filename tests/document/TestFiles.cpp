@@ -1,12 +1,14 @@
 #include "TestFiles.h"
 
+#include <fcntl.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <random>
-
-#include <gtest/gtest.h>
 
 namespace sonmetra::test {
 
@@ -88,6 +90,16 @@ void fillSampleDocument(CKestruneDoc& doc) {
     }
     doc.setChannelCount(3);
     doc.setHoldsData(true);
+}
+
+bool returnsWithin(const std::function<void()>& action, const std::string& fifoPath, int timeoutMs) {
+    auto done = std::async(std::launch::async, action);
+    if (done.wait_for(std::chrono::milliseconds(timeoutMs)) == std::future_status::ready) return true;
+    while (done.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
+        const int fd = ::open(fifoPath.c_str(), O_WRONLY | O_NONBLOCK);
+        if (fd >= 0) ::close(fd);
+    }
+    return false;
 }
 
 }  // namespace sonmetra::test

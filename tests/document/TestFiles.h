@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,5 +31,10 @@ void writeBytes(const std::string& path, const std::vector<std::uint8_t>& bytes)
 // distinct samples, reserved words, calibration and labels.
 void fillSampleDocument(CKestruneDoc& doc);
 void fillChannel(CChannel& c, double rateHz, std::size_t samples, int seed);
+
+// Runs action and says whether it returned within timeoutMs. When it has
+// not, the FIFO at fifoPath is opened for writing and closed, which ends a
+// read that waits on it, so that a failing test still ends.
+bool returnsWithin(const std::function<void()>& action, const std::string& fifoPath, int timeoutMs = 5000);
 
 }  // namespace sonmetra::test

@@ -1,11 +1,10 @@
 // Feeds arbitrary bytes to one reader of the open sequence. The reader must
 // accept, decline or abandon with a message: never crash, hang or allocate
 // more than the file could hold.
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "document/FileReader.h"
@@ -36,18 +35,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static sonmetra::RecordingMessageService quiet;
     static sonmetra::ScopedMessageService install(&quiet);
     static const sonmetra::FileReaderEntry* reader = findReader(FUZZ_READER_NAME);
-    // In memory where possible; a fresh file each run, since truncating an
-    // existing one on disk forces a flush and slows the fuzzer a hundredfold.
-    static const std::string path =
-        std::string(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") + "/sonmetra-fuzz-" + std::to_string(getpid());
-    if (!reader) __builtin_trap();
+    // The input lives in an anonymous file in memory, opened by the reader
+    // through its /proc name as any file would be: nothing is ever named in
+    // a folder, so a run that ends in any way leaves nothing behind.
+    static const int memory = memfd_create("sonmetra-fuzz", MFD_CLOEXEC);
+    static const std::string path = "/proc/self/fd/" + std::to_string(memory);
+    if (!reader || memory < 0) __builtin_trap();
     quiet.clear();
 
-    unlink(path.c_str());
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f) return 0;
-    std::fwrite(data, 1, size, f);
-    std::fclose(f);
+    if (ftruncate(memory, 0) != 0) return 0;
+    for (std::size_t done = 0; done < size;) {
+        const ssize_t n = pwrite(memory, data + done, size - done, static_cast<off_t>(done));
+        if (n <= 0) return 0;
+        done += static_cast<std::size_t>(n);
+    }
 
     sonmetra::BinaryFile file;
     if (!file.open(path)) return 0;

@@ -89,7 +89,8 @@ TEST(SimulatedWaveDevice, TheRealTimeClockRecordsAndPlaysByItself) {
     ASSERT_TRUE(sim->waitUntil([&] { return in.buffersAppended() >= 3; }, 5s));
     in.Stop();
     in.Close();
-    ASSERT_EQ(recording.size(), static_cast<std::size_t>(in.buffersAppended()) * 3276u);
+    ASSERT_EQ(recording.size(), in.samplesRecorded());
+    ASSERT_GE(recording.size(), static_cast<std::size_t>(in.buffersAppended()) * 3276u);
     EXPECT_EQ(recording[recording.size() - 1], 1234);
 
     SampleBlock tone;

@@ -75,19 +75,49 @@ TEST_F(WaveInTest, InitSetsTheFormatAndOpenForcesMono16Bit) {
     EXPECT_TRUE(m_messages.texts().empty());
 }
 
-TEST_F(WaveInTest, BlockHoldsWholeBuffersInOrderAndLosesThePartialOne) {
+// What was captured when the user stops is kept: whole buffers in order,
+// then the part of the buffer that was still filling, corrected like the rest.
+TEST_F(WaveInTest, BlockHoldsWholeBuffersInOrderAndThePartialLastOne) {
     auto engine = open(11025);
     for (int n = 1; n <= 3; ++n) completeBuffer(*engine, n);
-    // Half a buffer more: it is still filling when recording stops.
     EXPECT_EQ(m_sim->feedInput(2000), 0);
     EXPECT_EQ(engine->Stop(), kWaveNoError);
     engine->Close();
 
     EXPECT_EQ(engine->buffersAppended(), 3);
-    ASSERT_EQ(m_block.size(), 3u * 4515u);
+    EXPECT_EQ(engine->samplesRecorded(), 3u * 4515u + 2000u);
+    ASSERT_EQ(m_block.size(), 3u * 4515u + 2000u);
     for (std::size_t i = 0; i < m_block.size(); ++i) ASSERT_EQ(m_block[i], static_cast<std::int16_t>(i % 30000)) << i;
     EXPECT_FALSE(m_sim->inputOpen());
     EXPECT_TRUE(m_messages.texts().empty());
+
+    // Closed without a Stop (the engine deleted while recording), with the
+    // gain applied: the partial buffer is corrected too.
+    m_sim->setInputSignal(SimulatedWaveDriver::constant(1000));
+    SampleBlock second;
+    CWaveIn engine2(m_sim);
+    engine2.SetGain(3.0);
+    engine2.Init(&second, 8000, 16, nullptr);
+    ASSERT_EQ(engine2.OpenMic(), kWaveNoError);
+    ASSERT_TRUE(m_sim->completeInputBuffer());
+    ASSERT_TRUE(
+        m_sim->waitUntil([&] { return engine2.buffersAppended() == 1 && m_sim->queuedInputBuffers() == 2; }, 5s));
+    EXPECT_EQ(m_sim->feedInput(10), 0);
+    engine2.Close();
+    ASSERT_EQ(second.size(), 3276u + 10u);
+    EXPECT_EQ(second[3276 + 9], 3000);
+
+    // Stopped exactly at a buffer's end: nothing partial to add.
+    SampleBlock third;
+    CWaveIn engine3(m_sim);
+    engine3.Init(&third, 8000, 16, nullptr);
+    ASSERT_EQ(engine3.OpenMic(), kWaveNoError);
+    ASSERT_TRUE(m_sim->completeInputBuffer());
+    ASSERT_TRUE(
+        m_sim->waitUntil([&] { return engine3.buffersAppended() == 1 && m_sim->queuedInputBuffers() == 2; }, 5s));
+    engine3.Stop();
+    engine3.Close();
+    EXPECT_EQ(third.size(), 3276u);
 }
 
 TEST_F(WaveInTest, OffsetAndGainWrapInsteadOfClipping) {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -72,7 +73,8 @@ bool PulseAudioDaemon::start(std::string& whyNot) {
     unsetenv("PULSE_SERVER");
 
     const std::string logPath = m_directory + "/pulseaudio.log";
-    const std::string sink = std::string("--load=module-null-sink sink_name=") + kSinkName + " rate=44100 channels=1";
+    const std::string sink =
+        std::string("--load=module-null-sink sink_name=") + kSinkName + " rate=44100 channels=1 norewinds=1";
     const std::string protocol = "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socketPath;
     std::vector<std::string> args = {
         "pulseaudio",        "--daemonize=no", "--exit-idle-time=-1", "-n", "--disable-shm=yes",
@@ -112,6 +114,13 @@ bool PulseAudioDaemon::start(std::string& whyNot) {
     setenv("PULSE_SINK", kSinkName, 1);
     setenv("PULSE_SOURCE", (std::string(kSinkName) + ".monitor").c_str(), 1);
     return true;
+}
+
+bool PulseAudioDaemon::startOrExplain() {
+    std::string whyNot;
+    if (start(whyNot)) return true;
+    std::fprintf(stderr, "[  SKIPPED ] PulseAudio cannot start here: %s\n", whyNot.c_str());
+    return false;
 }
 
 void PulseAudioDaemon::stop() {

@@ -10,6 +10,10 @@
 
 namespace sonmetra::test {
 
+// The exit code of a test program that cannot run for want of PulseAudio;
+// ctest reports it as "Skipped" (SKIP_RETURN_CODE), never as "Passed".
+inline constexpr int kNoPulseAudioExitCode = 77;
+
 class PulseAudioDaemon {
 public:
     PulseAudioDaemon() = default;
@@ -23,6 +27,9 @@ public:
     bool start(std::string& whyNot);
     void stop();
     const std::string& directory() const { return m_directory; }
+    // For a test program's main: starts the daemon, or says why it cannot
+    // and returns false (the program then exits with kNoPulseAudioExitCode).
+    bool startOrExplain();
 
 private:
     pid_t m_pid = -1;

@@ -15,6 +15,7 @@
 #include "document/MessageService.h"
 #include "io/CWaveIn.h"
 #include "io/SimulatedWaveDevice.h"
+#include "tests/io/TestShots.h"
 #include "view/CKestruneView.h"
 #include "view/CRecordPlay.h"
 #include "view/ViewCommands.h"
@@ -114,7 +115,7 @@ TEST_F(RecordPlayGui, RecordsWholeBuffersIntoTheRecordedFileChannel) {
     completeCaptureBuffer(2);
     completeCaptureBuffer(3);
     const QImage recordingShot = shot();
-    recordingShot.save("/tmp/sonmetra_recording.png");
+    test::saveShot(recordingShot, "sonmetra_recording");
     // Three strip-chart columns of ±16000 at x = 0, 1, 2: a quarter of the
     // height each way, one pixel more below from the first sample's widening.
     const int y = static_cast<int>(16000 * (m_view->clientRect().height() / 65536.0));
@@ -122,7 +123,7 @@ TEST_F(RecordPlayGui, RecordsWholeBuffersIntoTheRecordedFileChannel) {
     EXPECT_EQ(blackInColumn(recordingShot, 3), 0);
 
     // A press stops recording instead of placing a cursor.
-    m_sim->feedInput(1000);  // part of a fourth buffer: lost
+    m_sim->feedInput(1000);  // part of a fourth buffer: kept
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(200, 100));
     EXPECT_FALSE(m_feature->recording());
     EXPECT_FALSE(m_view->cursorPlaced());
@@ -135,16 +136,18 @@ TEST_F(RecordPlayGui, RecordsWholeBuffersIntoTheRecordedFileChannel) {
     EXPECT_EQ(ch.m_units, "bits");
     EXPECT_EQ(ch.m_audio, 1);
     EXPECT_EQ(ch.m_rateHz, 11000.0);
-    EXPECT_EQ(ch.m_sampleCount, 3.0 * length);
-    EXPECT_EQ(ch.m_samples.size(), 3u * length);
-    EXPECT_DOUBLE_EQ(ch.m_durationMs, 3.0 * length / 11.0);
-    EXPECT_EQ(ch.m_viewEndSample, 3.0 * length);
+    const std::size_t total = 3u * length + 1000u;
+    EXPECT_EQ(ch.m_sampleCount, static_cast<double>(total));
+    ASSERT_EQ(ch.m_samples.size(), total);
+    EXPECT_DOUBLE_EQ(ch.m_durationMs, total / 11.0);
+    EXPECT_EQ(ch.m_viewEndSample, static_cast<double>(total));
+    EXPECT_EQ(ch.m_samples[total - 1], (total - 1) % 2 ? 16000 : -16000);
     EXPECT_TRUE(m_doc.holdsData());
     EXPECT_TRUE(m_doc.isModified());
     EXPECT_EQ(ch.m_samples[0], -16000);
     // The view shows the new channel's trace.
     const QImage after = shot();
-    after.save("/tmp/sonmetra_recorded.png");
+    test::saveShot(after, "sonmetra_recorded");
     EXPECT_GT(blackInColumn(after, m_view->traceArea().center().x()), 10);
 }
 
@@ -191,7 +194,7 @@ TEST_F(RecordPlayGui, WithoutSoundDevicesNothingBreaks) {
     startRecording();
     EXPECT_EQ(m_messages.texts(), std::vector<std::string>{"No Sound Device"});
     const QImage banner = shot();
-    banner.save("/tmp/sonmetra_no_device.png");
+    test::saveShot(banner, "sonmetra_no_device");
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(200, 100));
     EXPECT_FALSE(m_feature->recording());
     EXPECT_FALSE(m_doc.holdsData());
@@ -216,7 +219,7 @@ TEST_F(RecordPlayGui, PlayAllStreamsAndMovesTheCursorAcrossTheTraceArea) {
     const QRect trace = m_view->traceArea();
     const int expectedX = trace.left() + static_cast<int>((trace.width()) / (16000.0 / 1638.0));
     const QImage playing = shot();
-    playing.save("/tmp/sonmetra_play_cursor.png");
+    test::saveShot(playing, "sonmetra_play_cursor");
     int inverted = 0;
     for (int y = trace.top(); y < trace.bottom() - 30; ++y) inverted += isBlack(playing.pixel(expectedX, y)) ? 1 : 0;
     EXPECT_GT(inverted, (trace.height() - 30) / 2) << "no cursor at x " << expectedX;
@@ -227,10 +230,14 @@ TEST_F(RecordPlayGui, PlayAllStreamsAndMovesTheCursorAcrossTheTraceArea) {
         waitFor([&] { return !m_sim->outputOpen() || m_sim->writtenBytes().size() > written; });
     }
     ASSERT_TRUE(waitFor([&] { return !m_sim->outputOpen() && !m_feature->display().cursorShown(); }));
-    // The end is found when the 9th buffer completes; the 10th, still
-    // sounding, is cut short by the pause.
-    EXPECT_EQ(m_sim->played().size(), 9u * 1638u);
-    EXPECT_EQ(m_sim->writtenBytes().size(), 10u);
+    // 16000 samples fill 9.77 buffers: the 10th holds the tail and ends in
+    // silence; playback ends when the silent 11th has been played, and the
+    // 12th, silent too, is cut short by the pause.
+    const auto played = m_sim->played();
+    ASSERT_EQ(played.size(), 11u * 1638u);
+    for (std::size_t i = 0; i < played.size(); ++i)
+        ASSERT_EQ(played[i], i < 16000 ? m_doc.channel(0).m_samples[i] : 0) << i;
+    EXPECT_EQ(m_sim->writtenBytes().size(), 12u);
     EXPECT_TRUE(m_messages.texts().empty());
 }
 
@@ -252,12 +259,26 @@ TEST_F(RecordPlayGui, ShortSignalsAndSelectionsGoOutAsAsked) {
     EXPECT_EQ(played.back(), ch.m_samples[2999]);
 }
 
+// A channel at a rate the sound card cannot be driven at is not played;
+// the message says what is wrong with the rate.
+TEST_F(RecordPlayGui, ARateOutsideTheRangeIsNotPlayed) {
+    fillTone(m_doc, 8000, 2.0);
+    for (const double rate : {0.0, std::nan(""), 1e300}) {
+        m_doc.channel(0).m_rateHz = rate;
+        m_messages.clear();
+        m_feature->playAll();
+        EXPECT_FALSE(m_sim->outputOpen()) << rate;
+        ASSERT_EQ(m_messages.texts().size(), 1u) << rate;
+        EXPECT_EQ(m_messages.texts()[0].rfind("The sample rate of channel 1 (Audio) ", 0), 0u) << m_messages.texts()[0];
+    }
+}
+
 TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     std::map<QString, const ViewCommand*> byText;
     for (const ViewCommand& c : ViewCommandRegistry::instance().commands())
         if (c.menu == "&Record/Play") byText[c.text] = &c;
-    ASSERT_EQ(byText.size(), 4u);
-    for (const char* text : {"Record\tCtrl+R", "Play All\tCtrl+Y", "Play Selection\tCtrl+U", "Play Window"})
+    ASSERT_EQ(byText.size(), 5u);
+    for (const char* text : {"Record\tCtrl+R", "Play All\tCtrl+Y", "Play Selection\tCtrl+U", "Play Window", "Stop"})
         ASSERT_TRUE(byText.count(text)) << text;
     EXPECT_TRUE(byText["Record\tCtrl+R"]->enabled(*m_view));
     EXPECT_FALSE(byText["Play All\tCtrl+Y"]->enabled(*m_view));
@@ -266,8 +287,45 @@ TEST_F(RecordPlayGui, TheCommandsStandInTheRecordPlayMenuWithTheirRules) {
     EXPECT_FALSE(byText["Play Selection\tCtrl+U"]->enabled(*m_view));
     m_view->setSelectionPresent(true);
     EXPECT_TRUE(byText["Play Selection\tCtrl+U"]->enabled(*m_view));
+    EXPECT_FALSE(byText["Stop"]->enabled(*m_view));  // nothing to stop
     m_doc.setRecordable(false);
     EXPECT_FALSE(byText["Record\tCtrl+R"]->enabled(*m_view));
+}
+
+TEST_F(RecordPlayGui, StopEndsPlaybackAndKeepsWhatWasRecorded) {
+    const ViewCommand* stop = nullptr;
+    for (const ViewCommand& c : ViewCommandRegistry::instance().commands())
+        if (c.menu == "&Record/Play" && c.text == "Stop") stop = &c;
+    ASSERT_NE(stop, nullptr);
+
+    fillTone(m_doc, 8000, 2.0);
+    m_view->channelsEdited();
+    m_feature->playAll();
+    ASSERT_TRUE(m_sim->outputOpen());
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    EXPECT_FALSE(m_sim->outputOpen());
+    EXPECT_FALSE(m_feature->display().cursorShown());
+    EXPECT_FALSE(stop->enabled(*m_view));
+
+    // A record chosen but not yet started records nothing.
+    m_feature->record();
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    QTest::qWait(50);  // timer 1 has fired by now
+    EXPECT_FALSE(m_feature->recording());
+    EXPECT_FALSE(m_sim->inputOpen());
+    EXPECT_EQ(m_doc.channel(0).m_name, "Audio");
+
+    // During a recording: the buffers captured so far become the channel.
+    startRecording();
+    completeCaptureBuffer(1);
+    ASSERT_TRUE(stop->enabled(*m_view));
+    stop->run(*m_view);
+    EXPECT_FALSE(m_feature->recording());
+    EXPECT_FALSE(m_sim->inputOpen());
+    EXPECT_EQ(m_doc.channel(0).m_name, "Recorded file");
+    EXPECT_EQ(m_doc.channel(0).m_sampleCount, static_cast<double>(CWaveIn::bufferLengthForRate(11000)));
 }
 
 }  // namespace

@@ -1,9 +1,15 @@
 // The log file: format, round trip and refusals.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <iterator>
 
 #include "document/MessageService.h"
 #include "log/LogFile.h"
@@ -114,6 +120,43 @@ TEST_F(LogFileTest, LastCellWithoutItsTabIsKept) {
     ASSERT_EQ(readLogText(write("notab.log", "h\ta\tb\tc\r\nr\t1\t2\t3\t4"), out), LogReadStatus::Ok);
     EXPECT_EQ(out.columns, 5);
     EXPECT_EQ(out.lines[1].back(), "4");
+}
+
+}  // namespace
+}  // namespace sonmetra
+
+namespace sonmetra {
+namespace {
+
+// A read-only log file is not replaced: the save is refused with the
+// failed-save report and the file keeps what it held.
+TEST_F(LogFileTest, AReadOnlyLogIsNotReplaced) {
+    const std::string path = write("kept.txt", "old\tlog\tfile\there\r\n");
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    LogRow row(4);
+    row[0].kind = LogCell::Kind::Text;
+    row[0].text = "new";
+    EXPECT_FALSE(writeLogFile(path, {row}));
+    EXPECT_EQ(m_messages.texts(),
+              std::vector<std::string>{"Cannot create the file '" + path + "':\nthe file is read-only"});
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "old\tlog\tfile\there\r\n");
+}
+
+// Opening a pipe as a log file fails at once instead of waiting for a writer.
+TEST_F(LogFileTest, APipeIsRefusedAtOnce) {
+    const std::string fifo = (m_folder / "log.txt").string();
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    LogText text;
+    auto done = std::async(std::launch::async, [&] { return readLogText(fifo, text); });
+    if (done.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        ADD_FAILURE() << "the read waited on the pipe";
+        while (done.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
+            const int fd = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK);
+            if (fd >= 0) ::close(fd);
+        }
+    }
+    EXPECT_EQ(done.get(), LogReadStatus::OpenError);
 }
 
 }  // namespace

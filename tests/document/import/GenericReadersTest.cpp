@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 
 #include "ImportTestSupport.h"
 #include "document/DocumentOpener.h"
@@ -73,13 +74,44 @@ TEST_F(GenericReaders, AsciiReaderRefusesWhatIsNotANumber) {
     EXPECT_FALSE(open("ascii-number-chars-not-numbers.txt"));
     EXPECT_EQ(m_messages.texts(), std::vector<std::string>{notPure});
 
-    // Text with a comma would be taken by the raw reader; the ASCII reader
-    // alone refuses it with its message.
+    // Read alone, the ASCII reader refuses text with a comma, and keeps nothing.
     m_messages.clear();
     CKestruneDoc doc;
     EXPECT_EQ(readWith("ascii", fixture("ascii-not-pure.txt"), doc, m_dialogs), ReadStatus::Abandoned);
     EXPECT_EQ(m_messages.lastText(), notPure);
     EXPECT_EQ(doc.channelCount(), 0);
+}
+
+// Words are text, not raw integers: the raw reader declines them, so that
+// the ASCII reader's message tells the user what is wrong with the file.
+TEST_F(GenericReaders, TextOfWordsGetsTheAsciiReadersMessage) {
+    const std::string notPure =
+        "The file is not a pure ascii file. Make sure that this file does not contain and header and does not "
+        "have any formatting.";
+    const std::string words = tempPath("words.txt");
+    const std::string text = "the quick brown fox\njumps over the lazy dog\n";
+    const std::string utf8 =
+        "caf\xc3\xa9 na\xc3\xafve \xe2\x80\x94 12 14\r\n\tstra\xc3\x9f"
+        "e\n";
+    for (const std::string& content : {text, utf8, std::string("12\n13, 14\n15\n"),
+                                       std::string("\xef\xbb\xbf"
+                                                   "1 2 x")}) {
+        writeBytes(words, std::vector<std::uint8_t>(content.begin(), content.end()));
+        m_messages.clear();
+        CKestruneDoc doc;
+        EXPECT_FALSE(openDocument(doc, words, m_dialogs)) << content;
+        EXPECT_EQ(m_messages.texts(), std::vector<std::string>{notPure}) << content;
+    }
+    // A byte that is neither text nor part of a UTF-8 character makes the
+    // file binary again: the raw reader takes it.
+    for (const std::string& content : {text + '\0', text + "\xe9t\xe9", text + '\x01'}) {
+        writeBytes(words, std::vector<std::uint8_t>(content.begin(), content.end()));
+        m_messages.clear();
+        CKestruneDoc doc;
+        EXPECT_TRUE(openDocument(doc, words, m_dialogs)) << content;
+        EXPECT_EQ(doc.readerName(), "int_binary");
+    }
+    std::remove(words.c_str());
 }
 
 TEST(AsciiNumbers, Syntax) {
