@@ -70,6 +70,7 @@ struct SpectrogramSettings {
     std::int32_t timeGrid = 1;
     std::int32_t timeGridMs = 500;
     PrintSize print;
+    std::int32_t colourMap = 0;  // 0 grey (black = loudest), 1 colour
 };
 
 struct AnalysisSettings {

@@ -6,6 +6,7 @@
 #include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
 #include "frame/SpectrumOptionCommands.h"
+#include "frame/SpectrogramOptionDialog.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
@@ -28,6 +29,7 @@ void CKestruneApp::registerFeatures() {
     registerSpectrumWindow();
     registerSpectrumOptionCommands();
     registerScopeCommands();
+    registerSpectrogramWindow();
     registerIntensitySmoothCommands();
     // Saving before a recording uses the main frame's own Save As dialog.
     CRecordPlay::setSaveAsHandler(&DocumentCommands::saveAs);

@@ -152,6 +152,7 @@ bool AppConfig::fromRecord(const Record& r) {
                                 &s.frequencyGridHz, &s.timeGrid,      &s.timeGridMs};
     for (std::size_t k = 0; k < std::size(specInts); ++k) takeIf(*specInts[k], i32(r, kSpecInts + 4 * k), 0, 1000000);
     readPrint(s.print, r, kSpecPrint);
+    takeFlag(s.colourMap, i32(r, kSpecColourMap));
 
     takeIf(m_multiplexType, i32(r, kMultiplexType), 1, 3);
 
@@ -225,6 +226,7 @@ AppConfig::Record AppConfig::toRecord() const {
                                      s.frequencyGridHz, s.timeGrid,      s.timeGridMs};
     for (std::size_t k = 0; k < std::size(specInts); ++k) put(r, kSpecInts + 4 * k, specInts[k]);
     writePrint(s.print, r, kSpecPrint);
+    put(r, kSpecColourMap, s.colourMap);
 
     for (std::size_t c = 0; c < m_channelSettings.size(); ++c) {
         const ChannelAnalysisSettings& cs = m_channelSettings[c];

@@ -64,6 +64,7 @@
 //  736    8     double print height
 //  744    4     int32 print inches
 //  748    4     int32 print colour
+//  752    4     int32 colour map: 0 grey, 1 colour
 //  --- derived from the audio rate (continued)
 //  960    4     int32 display frequency range (Hz) = cut(rate / 2 / 1000) × 1000
 //  980    4     int32 analysis order = largest even number <= 4 + cut(rate / 1000)
@@ -134,6 +135,7 @@ constexpr std::size_t kSpecDynamicRangeDb = 680;
 constexpr std::size_t kSpecPreEmphasis = 684;
 constexpr std::size_t kSpecInts = 692;  // 9 int32 in the order listed above
 constexpr std::size_t kSpecPrint = 728;
+constexpr std::size_t kSpecColourMap = 752;
 
 constexpr std::size_t kDisplayFrequencyRangeHz = 960;
 constexpr std::size_t kAnalysisOrder = 980;
