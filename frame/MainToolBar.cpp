@@ -102,7 +102,7 @@ QAction* MainToolBar::targetOf(const Button& b) const {
     return m_menus->action(m_menus->activeContext(), b.item->text);
 }
 
-QAction* MainToolBar::target(const QAction* button) const {
+QAction* MainToolBar::entryFor(const QAction* button) const {
     for (const Button& b : m_buttons)
         if (b.button == button) return targetOf(b);
     return nullptr;

@@ -52,7 +52,7 @@ public:
     QAction* button(const QString& text) const;
     QList<QAction*> buttons() const;
     // The menu entry a button runs now; null when the window in front has none.
-    QAction* target(const QAction* button) const;
+    QAction* entryFor(const QAction* button) const;
     // Applies the rules to every button.
     void refresh();
 

@@ -68,13 +68,13 @@ QImage pictureImage(QSize size, const PictureDrawer& draw, double devicePixelRat
 void printPicture(QPrinter& printer, const sonmetra::PrintSize& size, const PictureDrawer& draw) {
     const QSize layout = printLayoutSize(size);
     const double scale = printer.resolution() / kLayoutDpi;
-    QSizeF target(layout.width() * scale, layout.height() * scale);
+    QSizeF onPage(layout.width() * scale, layout.height() * scale);
     const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
-    if (target.width() > page.width() || target.height() > page.height())
-        target.scale(page.size(), Qt::KeepAspectRatio);
+    if (onPage.width() > page.width() || onPage.height() > page.height())
+        onPage.scale(page.size(), Qt::KeepAspectRatio);
     QPainter painter(&printer);
     painter.setRenderHint(QPainter::Antialiasing, true);
-    painter.scale(target.width() / layout.width(), target.height() / layout.height());
+    painter.scale(onPage.width() / layout.width(), onPage.height() / layout.height());
     painter.setClipRect(QRect(QPoint(0, 0), layout));
     draw(painter, layout);
 }

@@ -81,7 +81,7 @@ private slots:
             else
                 QVERIFY2(button, qPrintable(item.text));
             if (button == nullptr) continue;
-            QAction* entry = bar->target(button);
+            QAction* entry = bar->entryFor(button);
             QVERIFY2(entry, qPrintable(item.text));
             QCOMPARE(entry->text().remove('&'), item.text);
             QVERIFY(!button->toolTip().isEmpty());
@@ -158,7 +158,7 @@ private slots:
 
         sameAsMenus(frame, "plot in front");
         // The plot's own Print... and Copy; nothing of the waveform view's.
-        QCOMPARE(bar->target(bar->button("Print...")), frame.commandMenus()->action(kPlotContext, "Print..."));
+        QCOMPARE(bar->entryFor(bar->button("Print...")), frame.commandMenus()->action(kPlotContext, "Print..."));
         QVERIFY(bar->button("Print...")->isEnabled());
         QVERIFY(!bar->button("Copy")->isEnabled());  // its rule says no
         QVERIFY(!bar->button("Intensity")->isEnabled() && !bar->button("In")->isEnabled());
@@ -238,7 +238,7 @@ private:
         frame.updateCommandStates();
         bar->refresh();
         for (QAction* button : bar->buttons()) {
-            QAction* entry = bar->target(button);
+            QAction* entry = bar->entryFor(button);
             const bool expected = entry != nullptr && entry->isEnabled();
             QVERIFY2(button->isEnabled() == expected, qPrintable(QString("%1: %2").arg(state, button->text())));
         }
