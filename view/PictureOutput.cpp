@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "view/FileDialogs.h"
 #include "document/MessageService.h"
 #include "res/StringTable.h"
+#include "view/FileDialogs.h"
 
 namespace {
 constexpr double kLayoutDpi = 96.0;
