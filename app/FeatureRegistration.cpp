@@ -5,15 +5,15 @@
 #include "frame/FrameViewCommands.h"
 #include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
-#include "frame/SpectrumOptionCommands.h"
 #include "frame/SpectrogramOptionDialog.h"
+#include "frame/SpectrumOptionCommands.h"
 #include "view/CRecordPlay.h"
 #include "view/EditCommands.h"
 #include "view/LabelController.h"
 #include "view/WaveformCommands.h"
 #include "view/pitch/PitchCommands.h"
-#include "view/spectrum/SpectrumCommands.h"
 #include "view/scope/ScopeCommands.h"
+#include "view/spectrum/SpectrumCommands.h"
 
 void CKestruneApp::registerFeatures() {
     static bool registered = false;

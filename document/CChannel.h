@@ -72,7 +72,7 @@ public:
     double m_selEndMs = 0.0;
     double m_selStartSample = 0.0;
     double m_selEndSample = 0.0;
-    double m_currentReading = 0.0;  // raw sample under the cursor, less the reference
+    double m_currentReading = 0.0;     // raw sample under the cursor, less the reference
     std::int32_t m_referenceCode = 0;  // -1, 0, 1: zero line at the bottom, middle, top of the strip
     StripRect m_strip;
 

@@ -21,7 +21,7 @@ class AppConfig;
 struct GenericFileSettings {
     std::int32_t headerBytes = 0;
     double rateHz = 10000.0;
-    std::int32_t bits = 16;        // 8 or 16
+    std::int32_t bits = 16;  // 8 or 16
     bool lowByteFirst = true;
 };
 

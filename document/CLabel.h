@@ -15,8 +15,8 @@ enum class Justification : std::int32_t { Left = 0, Center = 1, Right = 2 };
 struct CLabel {
     double timeMs = 0.0;
     double secondCoordinate = 0.0;
-    std::int32_t justification = 0;  // label parameter 1: 0 Left, 1 Center, 2 Right
-    std::int32_t flag = 0;           // only its low byte is significant: the "Add line" state
+    std::int32_t justification = 0;         // label parameter 1: 0 Left, 1 Center, 2 Right
+    std::int32_t flag = 0;                  // only its low byte is significant: the "Add line" state
     std::int32_t params[4] = {0, 0, 0, 0};  // label parameters 2 to 5, kept as read
     std::int32_t red = 0, green = 0, blue = 0;
     LogFont font = LogFont::defaultFont();

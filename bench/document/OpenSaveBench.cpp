@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -58,7 +58,8 @@ void toBigEndian(const std::string& from, const std::string& to) {
         for (std::size_t s = 0; s < static_cast<std::size_t>(count); ++s) swap(at + 2 * s, 2);
         at += 2 * static_cast<std::size_t>(count);
     }
-    std::ofstream(to, std::ios::binary).write(reinterpret_cast<const char*>(b.data()), static_cast<std::streamsize>(b.size()));
+    std::ofstream(to, std::ios::binary)
+        .write(reinterpret_cast<const char*>(b.data()), static_cast<std::streamsize>(b.size()));
 }
 
 double catSeconds(const std::string& path, const std::string& to = "/dev/null") {
@@ -123,8 +124,7 @@ int main() {
     std::printf("%-22s %10.3f %10.3f %8.2f\n", "save RVM_PC", best, bestCat, best / bestCat);
     // Writing is bound by the kernel's write path: the fair yardstick is cat
     // writing the same bytes to a new file.
-    std::printf("%-22s %10.3f %10.3f %8.2f   (cat IN > OUT)\n", "save RVM_PC vs copy", best, bestCopy,
-                best / bestCopy);
+    std::printf("%-22s %10.3f %10.3f %8.2f   (cat IN > OUT)\n", "save RVM_PC vs copy", best, bestCopy, best / bestCopy);
     std::filesystem::remove_all(dir);
     return 0;
 }

@@ -21,8 +21,8 @@
 #include "frame/AboutDialog.h"
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
-#include "view/FileDialogs.h"
 #include "view/AppServices.h"
+#include "view/FileDialogs.h"
 
 using namespace sonmetra;
 

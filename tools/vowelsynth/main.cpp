@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
                 const auto colon = item.find(':');
                 if (colon == std::string::npos) continue;
                 vowel.f0.emplace_back(std::atof(item.substr(0, colon).c_str()),
-                                     std::atof(item.substr(colon + 1).c_str()));
+                                      std::atof(item.substr(colon + 1).c_str()));
             }
         } else {
             std::fprintf(stderr, "vowelsynth: unknown option %s\n", name.c_str());

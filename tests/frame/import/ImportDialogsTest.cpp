@@ -16,8 +16,8 @@
 
 #include "document/MessageService.h"
 #include "frame/ExportChannel.h"
-#include "view/FileDialogs.h"
 #include "frame/ImportDialogs.h"
+#include "view/FileDialogs.h"
 
 namespace {
 
