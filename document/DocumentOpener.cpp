@@ -24,11 +24,6 @@ ReadStatus tryReaders(const std::vector<FileReaderEntry>& readers, BinaryFile& f
 
 }  // namespace
 
-std::string fileNameOf(const std::string& path) {
-    const auto slash = path.find_last_of('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
 bool openDocument(CKestruneDoc& doc, const std::string& path, IImportDialogs& dialogs, AppConfig* config) {
     BinaryFile file;
     if (!file.open(path)) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "FileReader.h"
+#include "PathNames.h"
 
 namespace sonmetra {
 
@@ -17,8 +18,5 @@ class AppConfig;
 // setting may be derived from is then reported instead (a warning: the
 // document still opens).
 bool openDocument(CKestruneDoc& doc, const std::string& path, IImportDialogs& dialogs, AppConfig* config = nullptr);
-
-// The file's name without its folder.
-std::string fileNameOf(const std::string& path);
 
 }  // namespace sonmetra
