@@ -386,6 +386,12 @@ TEST_F(UsbOverUmockdev, ARefusedRequestAndAnUnknownIdAreReported) {
 // sonmetra-cli run as a child process finds the emulated unit through the
 // same settings the workstation writes.
 TEST_F(UsbOverUmockdev, TheCommandLineToolTalksToTheUnit) {
+#if defined(__SANITIZE_THREAD__)
+    // A ThreadSanitizer program started afresh under umockdev's preloaded
+    // library crashes before main (any command, even `info`); the plain and
+    // AddressSanitizer builds run this test.
+    GTEST_SKIP() << "sonmetra-cli built with ThreadSanitizer cannot start under umockdev";
+#endif
     const auto dir = std::filesystem::temp_directory_path() / ("sonmetra-umockdev-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir / "Melvarco");
     std::ofstream(dir / "Melvarco" / "Sonmetra.conf")
