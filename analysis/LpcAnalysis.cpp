@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "analysis/CpuClones.h"
+
 namespace sonmetra {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr int kLagBlock = 8;
 // taken in order of i from 0.0. Eight lags are summed side by side over the
 // samples all of them reach, then each finishes alone: every sum sees the
 // same products in the same order as a sum of its own.
-__attribute__((target_clones("avx2", "default"))) void autocorrelation(const double* samples, int n, int p, double* r) {
+SONMETRA_AVX2_CLONES void autocorrelation(const double* samples, int n, int p, double* r) {
     for (int k0 = 0; k0 <= p; k0 += kLagBlock) {
         const int lags = p + 1 - k0 < kLagBlock ? p + 1 - k0 : kLagBlock;
         double sum[kLagBlock] = {};

@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "analysis/CpuClones.h"
+
 namespace sonmetra {
 namespace {
 
@@ -80,8 +82,7 @@ void NaturalSplineOnUnitGrid(const double* y, int n, double* y2) {
     for (int k = n - 1; k >= 1; --k) y2[k] = y2[k] * y2[k + 1] + u[k];
 }
 
-__attribute__((target_clones("avx2", "default"))) void NaturalSplinesOnUnitGrid(const double* const y[4], int n,
-                                                                                double* const y2[4]) {
+SONMETRA_AVX2_CLONES void NaturalSplinesOnUnitGrid(const double* const y[4], int n, double* const y2[4]) {
     if (n < 3) {
         for (int l = 0; l < 4; ++l) NaturalSplineOnUnitGrid(y[l], n, y2[l]);
         return;
@@ -144,9 +145,8 @@ int SplineValue(const double* x, const double* y, const double* y2, int n, doubl
 
 namespace detail {
 
-__attribute__((target_clones("avx2", "default"))) void SplineValuesOnUnitGrid(const double* y, const double* y2, int n,
-                                                                              double step, int count, double* out,
-                                                                              double value) {
+SONMETRA_AVX2_CLONES void SplineValuesOnUnitGrid(const double* y, const double* y2, int n, double step, int count,
+                                                 double* out, double value) {
     if (n < 3) {
         for (int j = 0; j < count; ++j) {
             SplineValueOnUnitGrid(y, y2, n, j * step, value);
