@@ -8,6 +8,8 @@ JOBS ?= $(shell nproc)
 BUILD ?= build
 SUDO := $(shell [ "$$(id -u)" = 0 ] || echo sudo)
 FUZZ_SECONDS ?= 60
+# Set to a count (e.g. 10000000) to run each fuzzer that many times instead.
+FUZZ_RUNS ?=
 
 # Debian packages the build, the tests and the workstation need.
 PACKAGES := cmake ninja-build g++ pkg-config \
@@ -79,9 +81,10 @@ fuzz: deps
 	@mkdir -p fuzz-out
 	@for f in build-fuzz/tests/fuzz/fuzz_*; do \
 	  r=$${f##*/fuzz_}; mkdir -p fuzz-out/$$r; \
-	  echo "== fuzzing $$r for $(FUZZ_SECONDS) s"; \
-	  $$f -max_total_time=$(FUZZ_SECONDS) -max_len=65536 -rss_limit_mb=2048 -artifact_prefix=fuzz-out/$$r/ \
-	    fuzz-out/$$r $$( [ -d tests/fuzz/corpus/$$r ] && echo tests/fuzz/corpus/$$r ) 2>&1 | tail -3 || exit 1; \
+	  echo "== fuzzing $$r for $(if $(FUZZ_RUNS),$(FUZZ_RUNS) runs,$(FUZZ_SECONDS) s)"; \
+	  $$f $(if $(FUZZ_RUNS),-runs=$(FUZZ_RUNS),-max_total_time=$(FUZZ_SECONDS)) -max_len=65536 -rss_limit_mb=2048 -artifact_prefix=fuzz-out/$$r/ \
+	    fuzz-out/$$r $$( [ -d tests/fuzz/corpus/$$r ] && echo tests/fuzz/corpus/$$r ) > fuzz-out/$$r.log 2>&1; \
+	  status=$$?; tail -3 fuzz-out/$$r.log; [ $$status = 0 ] || exit 1; \
 	done
 
 clean:
