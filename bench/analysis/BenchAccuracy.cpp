@@ -37,7 +37,7 @@ struct FormantTally {
     }
 };
 
-Tally pitchTally(const synth::VowelSpec& vowel, const std::vector<std::int16_t>& s, PitchMethod method) {
+Tally pitchTally(const synth::VowelRecipe& vowel, const std::vector<std::int16_t>& s, PitchMethod method) {
     PitchTrackInput in;
     in.samples = s.data();
     in.sampleCount = static_cast<double>(s.size());
@@ -64,7 +64,7 @@ Tally pitchTally(const synth::VowelSpec& vowel, const std::vector<std::int16_t>&
     return t;
 }
 
-void formantTallies(const synth::VowelSpec& vowel, const std::vector<std::int16_t>& s, FormantTally& track,
+void formantTallies(const synth::VowelRecipe& vowel, const std::vector<std::int16_t>& s, FormantTally& track,
                     FormantTally& window) {
     const AnalysisSettings settings = AnalysisSettings::defaultsForRate(vowel.rateHz);
     SpectrogramInput in;
@@ -111,7 +111,7 @@ int main() {
             FormantTally track, window;
             for (const auto& contour : contours) {
                 for (const auto& standard : synth::standardVowels()) {
-                    synth::VowelSpec vowel;
+                    synth::VowelRecipe vowel;
                     vowel.rateHz = rate;
                     vowel.seconds = 1.5;
                     vowel.f0 = contour;

@@ -19,10 +19,10 @@ constexpr double kRate = 11025.0;
 
 const std::vector<std::int16_t>& vowel() {
     static const auto v = [] {
-        sonmetra::synth::VowelSpec spec;
-        spec.rateHz = kRate;
-        spec.seconds = 0.5;
-        return sonmetra::synth::synthesizeVowel(spec);
+        sonmetra::synth::VowelRecipe recipe;
+        recipe.rateHz = kRate;
+        recipe.seconds = 0.5;
+        return sonmetra::synth::synthesizeVowel(recipe);
     }();
     return v;
 }

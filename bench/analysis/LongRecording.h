@@ -15,7 +15,7 @@ inline std::vector<std::int16_t> longRecording(double rateHz, double seconds) {
     const auto& vowels = synth::standardVowels();
     std::uint32_t noise = 7;
     for (int k = 0; out.size() < static_cast<std::size_t>(rateHz * seconds); ++k) {
-        synth::VowelSpec vowel;
+        synth::VowelRecipe vowel;
         vowel.rateHz = rateHz;
         vowel.seconds = 0.4;
         vowel.formantHz = vowels[static_cast<std::size_t>(k) % vowels.size()].formantHz;

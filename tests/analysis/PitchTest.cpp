@@ -33,7 +33,7 @@ struct Accuracy {
     double grossErrorRate = 0.0;
     double unvoicedRate = 0.0;
 };
-Accuracy accuracy(const synth::VowelSpec& vowel, const PitchTrackResult& r) {
+Accuracy accuracy(const synth::VowelRecipe& vowel, const PitchTrackResult& r) {
     int errors = 0, judged = 0, zeros = 0, frames = 0;
     for (int i = 1; i + 1 < r.frameCount; ++i) {
         const double centre = (i * r.stepSamples + r.windowSamples / 2.0) / vowel.rateHz;
@@ -136,7 +136,7 @@ double literalCepstralPitch(const std::int16_t* samples, double position, double
 
 TEST(CepstralPitch, GivesExactlyTheNumbersOfItsSteps) {
     for (const double rate : {11025.0, 44100.0}) {
-        synth::VowelSpec vowel;
+        synth::VowelRecipe vowel;
         vowel.rateHz = rate;
         vowel.seconds = 0.6;
         vowel.f0 = {{0.0, 90.0}, {0.6, 260.0}};
@@ -164,7 +164,7 @@ TEST(CepstralPitch, RejectsUnsupportedSizesAndReadsSilenceAsTheLowestF0) {
 }
 
 TEST(PitchTrack, PowerGateZeroesSilentFrames) {
-    synth::VowelSpec vowel;
+    synth::VowelRecipe vowel;
     vowel.seconds = 1.0;
     auto s = synth::synthesizeVowel(vowel);
     for (std::size_t i = 0; i < s.size() / 2; ++i) s[i] = 0;
@@ -182,7 +182,7 @@ TEST(PitchTrack, PowerGateZeroesSilentFrames) {
 }
 
 TEST(PitchTrack, CancelStopsBetweenFrames) {
-    synth::VowelSpec vowel;
+    synth::VowelRecipe vowel;
     auto s = synth::synthesizeVowel(vowel);
     PitchSettings settings;
     PitchTrackResult r;
@@ -204,7 +204,7 @@ class PitchAccuracy : public testing::TestWithParam<double> {};
 TEST_P(PitchAccuracy, BothMethodsFollowAGlidingVowel) {
     const double rate = GetParam();
     for (const auto& standard : synth::standardVowels()) {
-        synth::VowelSpec vowel;
+        synth::VowelRecipe vowel;
         vowel.rateHz = rate;
         vowel.seconds = 1.5;
         vowel.formantHz = standard.formantHz;
@@ -226,7 +226,7 @@ TEST_P(PitchAccuracy, BothMethodsFollowAGlidingVowel) {
 INSTANTIATE_TEST_SUITE_P(Rates, PitchAccuracy, testing::Values(11025.0, 16000.0, 22050.0));
 
 TEST(AutocorrelationPitch, SubSampleAccuracyAndVoicing) {
-    synth::VowelSpec vowel;
+    synth::VowelRecipe vowel;
     vowel.f0 = {{0.0, 137.3}};
     const auto s = synth::synthesizeVowel(vowel);
     const double f = AutocorrelationPitch(s.data(), 0, static_cast<double>(s.size()), 3000, 385, 11025, 50, 500);

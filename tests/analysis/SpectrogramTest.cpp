@@ -24,7 +24,7 @@ SpectrogramInput inputFor(const std::vector<std::int16_t>& s, double rate) {
 }
 
 TEST(Spectrogram, ScalingSilenceGateAndFormantTracks) {
-    synth::VowelSpec vowel;  // /a/ at 11025 Hz
+    synth::VowelRecipe vowel;  // /a/ at 11025 Hz
     vowel.seconds = 1.0;
     auto s = synth::synthesizeVowel(vowel);
     for (std::size_t i = 0; i < s.size() / 2; ++i) s[i] /= 1000;  // first half nearly silent
@@ -150,7 +150,7 @@ TEST(SpectrumWindow, AShorterAppliedWindowIsZeroPaddedToTheFftSize) {
 }
 
 TEST(SpectrumWindow, FormantsCarryTheHalfAndSurviveAFailedFactoring) {
-    synth::VowelSpec vowel;
+    synth::VowelRecipe vowel;
     auto s = synth::synthesizeVowel(vowel);
     FftLpcSettings settings = AnalysisSettings::defaultsForRate(11025.0).fftLpc;
     SpectrumWindowState state;

@@ -7,7 +7,7 @@
 
 namespace sonmetra::synth {
 
-double f0At(const VowelSpec& vowel, double t) {
+double f0At(const VowelRecipe& vowel, double t) {
     const auto& p = vowel.f0;
     if (p.empty()) return 100.0;
     if (t <= p.front().first) return p.front().second;
@@ -20,7 +20,7 @@ double f0At(const VowelSpec& vowel, double t) {
     return p.back().second;
 }
 
-std::vector<std::int16_t> synthesizeVowel(const VowelSpec& vowel) {
+std::vector<std::int16_t> synthesizeVowel(const VowelRecipe& vowel) {
     const std::size_t count = static_cast<std::size_t>(vowel.seconds * vowel.rateHz);
     std::vector<double> x(count, 0.0);
     // Glottal flow u(φ) = (φ/OQ)²·(1 − φ/OQ) in the open phase; its derivative

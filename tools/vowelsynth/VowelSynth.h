@@ -14,7 +14,7 @@
 
 namespace sonmetra::synth {
 
-struct VowelSpec {
+struct VowelRecipe {
     double rateHz = 11025.0;
     double seconds = 1.0;
     // F0 breakpoints (time s, Hz), linear between them, constant outside.
@@ -28,10 +28,10 @@ struct VowelSpec {
 };
 
 // The F0 of the contour at time t (s).
-double f0At(const VowelSpec& vowel, double t);
+double f0At(const VowelRecipe& vowel, double t);
 
 // Samples of the vowel; formants at or above half the rate are left out.
-std::vector<std::int16_t> synthesizeVowel(const VowelSpec& vowel);
+std::vector<std::int16_t> synthesizeVowel(const VowelRecipe& vowel);
 
 // Five classic vowels (formants of adult male speech).
 struct NamedVowel {

@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
             stderr);
         return 2;
     }
-    VowelSpec vowel;
+    VowelRecipe vowel;
     for (int i = 2; i + 1 < argc; i += 2) {
         const std::string name = argv[i];
         const std::string value = argv[i + 1];

@@ -9,11 +9,13 @@
 
 namespace {
 
+// The log headings of this window begin with "Spec.", short for Spectrogram,
+// as users of the log know them.
 const QString kFormantsMarker = QStringLiteral("Spec. Formants Marker Entry: time, F1, F2, F3, F4, F5");
 const QString kFormantsDuration = QStringLiteral("Spec. Formants Duration Entry: time, F1, F2, F3, F4, F5");
 
 MeasurementRow formantRow(const QString& kind, const SpectrogramData& data, int column) {
-    MeasurementRow row{kind, {data.columnTimeMs(column)}};
+    MeasurementRow row{kind, {data.columnTimeMs(column)}, {}};
     for (int f : data.formantsAt(column)) row.values.push_back(f);
     return row;
 }
@@ -28,17 +30,17 @@ QByteArray shortest(double v) {
 }  // namespace
 
 MeasurementRow spectrogramMarkerEntry(double timeMs, double frequencyHz) {
-    return {QStringLiteral("Spec. Marker Entry: time, frequency"), {timeMs, frequencyHz}};
+    return {QStringLiteral("Spec. Marker Entry: time, frequency"), {timeMs, frequencyHz}, {}};
 }
 
 MeasurementRow spectrogramDurationEntry(double startMs, double endMs) {
     const double a = std::min(startMs, endMs), b = std::max(startMs, endMs);
-    return {QStringLiteral("Spec. Duration Entry: start, end, duration"), {a, b, b - a}};
+    return {QStringLiteral("Spec. Duration Entry: start, end, duration"), {a, b, b - a}, {}};
 }
 
 MeasurementRow spectrogramFormantsMarkerEntry(const SpectrogramData& data, double timeMs) {
     const int column = data.columnAt(timeMs);
-    if (column < 0) return {kFormantsMarker, {timeMs, 0, 0, 0, 0, 0}};
+    if (column < 0) return {kFormantsMarker, {timeMs, 0, 0, 0, 0, 0}, {}};
     return formantRow(kFormantsMarker, data, column);
 }
 

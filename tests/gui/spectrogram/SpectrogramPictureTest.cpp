@@ -83,7 +83,7 @@ TEST(SpectrogramPicture, ChirpIsALineRisingWithTime) {
 TEST(SpectrogramPicture, VowelFormantsAreDottedNearTheirResonances) {
     sgtest::Settings settings;
     settings.spectrogram().displayFormants = 1;
-    sonmetra::synth::VowelSpec vowel;  // /a/: 730, 1090, 2440, 3400, 4500 Hz
+    sonmetra::synth::VowelRecipe vowel;  // /a/: 730, 1090, 2440, 3400, 4500 Hz
     vowel.seconds = 1.0;
     auto doc = audioDocument(sonmetra::synth::synthesizeVowel(vowel), vowel.rateHz);
     CSpectrogramView view(doc.get());

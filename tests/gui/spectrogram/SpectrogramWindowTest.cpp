@@ -299,7 +299,7 @@ public:
 };
 
 TEST_F(SpectrogramWindow, ExportFormantsWritesOneLinePerColumn) {
-    sonmetra::synth::VowelSpec vowel;
+    sonmetra::synth::VowelRecipe vowel;
     auto vowelDoc = audioDocument(sonmetra::synth::synthesizeVowel(vowel), vowel.rateHz);
     CSpectrogramView bare(vowelDoc.get());
     EXPECT_FALSE(windowEnabled("Export Formants...", bare));

@@ -51,8 +51,8 @@ inline std::unique_ptr<sonmetra::CKestruneDoc> makeDocument(const std::vector<st
 }
 
 // An /a/ at 11025 Hz (F 730, 1090, 2440, 3400, 4500), one second.
-inline sonmetra::synth::VowelSpec vowelSpec(double rateHz = 11025.0) {
-    sonmetra::synth::VowelSpec v;
+inline sonmetra::synth::VowelRecipe vowelRecipe(double rateHz = 11025.0) {
+    sonmetra::synth::VowelRecipe v;
     v.rateHz = rateHz;
     v.seconds = 1.0;
     return v;

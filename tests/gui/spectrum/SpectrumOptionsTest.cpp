@@ -162,7 +162,7 @@ private slots:
         ScopedConfig config;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         timebase::placeCursor(*doc, 300.0);
         view.setCursorPlaced(true);
@@ -212,7 +212,7 @@ private slots:
             d->frameStepField()->setValue(250);
             d->accept();
         });
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         viewCommand("Log...").run(view);
         QCOMPARE(config.config.m_logFrameStepHz, 250);

@@ -71,7 +71,7 @@ private slots:
     void initTestCase() { registerAll(); }
 
     void commandsFollowDataCursorAndSelection() {
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         const ViewCommand& cursor = viewCommand("FFT/LPC\tCtrl+F");
         const ViewCommand& selection = viewCommand("FFT/LPC Selection");
@@ -101,7 +101,7 @@ private slots:
         ScopedConfig config;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* first = openAt(view, 200.0);
         QVERIFY(first != nullptr);
@@ -151,9 +151,9 @@ private slots:
     void aLongSelectionRunsThroughTheProgressDialog() {
         ScopedConfig config;
         config.config.m_analysis.fftLpc.averageStepMs = 1;
-        auto spec = vowelSpec();
-        spec.seconds = 25.0;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(spec), 11025.0);
+        auto recipe = vowelRecipe();
+        recipe.seconds = 25.0;
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(recipe), 11025.0);
         CKestruneView view(doc.get());
         timebase::selectRange(*doc, 0.0, 24000.0);
         view.setSelectionPresent(true);
@@ -172,7 +172,7 @@ private slots:
     void aDocumentWithoutAudioGetsAMessageAndNoWindow() {
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0, false);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0, false);
         CKestruneView view(doc.get());
         QVERIFY(openAt(view, 200.0) == nullptr);
         QCOMPARE(messages.lastText(),
@@ -187,7 +187,7 @@ private slots:
 
     void readoutsAndFormantsOfAVowelAreTheLibrarys() {
         ScopedConfig config;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 400.0);
         QVERIFY(spectrum != nullptr);
@@ -254,7 +254,7 @@ private slots:
         config.config.m_logFrameStepHz = 1000;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
         QVERIFY(spectrum != nullptr);
@@ -318,7 +318,7 @@ private slots:
 
     void copyPutsOneLinePerBinOnTheClipboard() {
         ScopedConfig config;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
         QVERIFY(spectrum != nullptr);
@@ -384,7 +384,7 @@ private slots:
         ScopedConfig config;
         config.config.m_analysis.fftLpc.print = {5.0, 2.5, 1, 0};
         config.config.m_analysis.fftLpc.absoluteLevel = 0;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
         QVERIFY(spectrum != nullptr);
@@ -415,7 +415,7 @@ private slots:
     // What the window shows is what the render kind draws, pixel for pixel.
     void theWindowAndTheRenderShowTheSamePicture() {
         ScopedConfig config;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
         QVERIFY(spectrum != nullptr);
@@ -438,7 +438,7 @@ private slots:
     // `sonmetra --render spectrum` on a saved document: the same picture as the window's.
     void theRenderCommandDrawsTheWindowsPicture() {
         QTemporaryDir home;
-        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelSpec()), 11025.0);
+        auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         const QString path = home.filePath("vowel.kvd");
         QVERIFY(doc->saveAs(path.toStdString(), 1));
         const QString png = home.filePath("spectrum.png");
