@@ -1,6 +1,7 @@
 #include "analysis/HugePages.h"
 
 #include <cstdint>
+#include <cstdlib>
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -26,13 +27,21 @@ void AdviseHugePages(void* p, std::size_t bytes) {
 #endif
 }
 
-void AssignLarge(std::vector<double>& v, std::size_t n, double value) {
-    if (v.capacity() < n || v.capacity() / 2 > n) {
-        std::vector<double>().swap(v);
-        v.reserve(n);
-        if (n * sizeof(double) >= kWorthAdvising) AdviseHugePages(v.data(), n * sizeof(double));
-    }
-    v.assign(n, value);
+void* AcquireLarge(std::size_t bytes) {
+    if (bytes < kWorthAdvising) return ::operator new(bytes);
+    if (bytes > SIZE_MAX - kHugePage) throw std::bad_alloc();
+    const std::size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
+    void* p = std::aligned_alloc(kHugePage, rounded);
+    if (p == nullptr) throw std::bad_alloc();
+    AdviseHugePages(p, rounded);
+    return p;
+}
+
+void ReleaseLarge(void* p, std::size_t bytes) noexcept {
+    if (bytes < kWorthAdvising)
+        ::operator delete(p);
+    else
+        std::free(p);
 }
 
 }  // namespace sonmetra

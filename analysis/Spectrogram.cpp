@@ -5,7 +5,6 @@
 #include <new>
 
 #include "analysis/FftSpectrum.h"
-#include "analysis/HugePages.h"
 #include "analysis/LpcSpectrum.h"
 #include "analysis/ParallelFrames.h"
 
@@ -57,7 +56,7 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
                                   int points, bool trackFormants, SpectrogramResult& result,
                                   const AnalysisProgress& progress, AnalysisWorkspace& ws) {
     // The levels of the previous spectrogram are reused when the new ones fit.
-    std::vector<double> levels = std::move(result.levels);
+    LargeDoubles levels = std::move(result.levels);
     result = SpectrogramResult{};
     if (columns < 1 || points < 1 || settings.fftSizeIndex < 0 || settings.fftSizeIndex > 7 || !(in.rateHz > 0.0))
         return AnalysisStatus::Failed;
@@ -93,7 +92,11 @@ AnalysisStatus ComputeSpectrogram(const SpectrogramInput& in, const SpectrogramS
     std::vector<double> pieceTop(static_cast<std::size_t>(plan.pieceCount()), kNoLevel);
     std::vector<char> pieceFound(static_cast<std::size_t>(plan.pieceCount()), 0);
     try {
-        AssignLarge(levels, static_cast<std::size_t>(columns) * static_cast<std::size_t>(points), 0.0);
+        // Every level is written by its column, so the array is not cleared:
+        // the threads that make the columns take its first-touch faults.
+        const std::size_t count = static_cast<std::size_t>(columns) * static_cast<std::size_t>(points);
+        if (levels.capacity() < count || levels.capacity() / 2 > count) LargeDoubles().swap(levels);
+        levels.resize(count);
         result.levels = std::move(levels);
         if (trackFormants) result.formants.assign(static_cast<std::size_t>(columns), {0, 0, 0, 0, 0});
         for (std::size_t t = 0; t < blocks.size(); ++t) {

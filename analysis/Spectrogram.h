@@ -32,6 +32,7 @@
 
 #include "analysis/AnalysisSettings.h"
 #include "analysis/AnalysisWorkspace.h"
+#include "analysis/HugePages.h"
 
 namespace sonmetra {
 
@@ -47,7 +48,7 @@ struct SpectrogramInput {
 struct SpectrogramResult {
     int columns = 0;
     int points = 0;
-    std::vector<double> levels;                         // column-major: levels[c·points + k], k = 0 at 0 Hz
+    LargeDoubles levels;                                // column-major: levels[c·points + k], k = 0 at 0 Hz
     std::vector<std::array<std::int16_t, 5>> formants;  // one frame per column, when tracked
     bool formantsFound = false;
 
