@@ -3,15 +3,18 @@
 // zoomed to two seconds), the time the Pitch command keeps the interface
 // thread (copying the channel and starting the worker) for a ten-minute and
 // a one-hour recording, and the whole computation on the worker against the
-// library's routine called directly, to show what the worker adds.
+// library's routine called directly, to show what the worker adds; and how
+// long the progress bar can stand still over an hour.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 #include "tests/view/SyntheticDoc.h"
 #include "view/pitch/PitchComputation.h"
@@ -134,6 +137,33 @@ void BM_LibraryMinute44k(benchmark::State& state) {
     }
 }
 
+// What the window's progress bar sees over an hour at 44100 Hz: the worker's
+// progress reports, timed. The longest wait between two reports (and before
+// the first and after the last, when the frame levels and the waveform
+// summary are made) is how long the bar can stand still.
+void BM_ProgressOneHour44k(benchmark::State& state) {
+    const auto doc = synthetic::speechLike(3600.0, 44100.0, 1000.0);
+    const PitchJob job = makePitchJob(*doc, 0, sonmetra::PitchSettings{});
+    for (auto _ : state) {
+        using Clock = std::chrono::steady_clock;
+        std::vector<Clock::time_point> reports;
+        reports.reserve(400000);
+        PitchResults r;
+        const Clock::time_point start = Clock::now();
+        runPitchJob(job, r, [&](int, int) {
+            reports.push_back(Clock::now());
+            return true;
+        });
+        const Clock::time_point end = Clock::now();
+        const auto ms = [](Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); };
+        double longest = reports.empty() ? ms(end - start) : ms(reports.front() - start);
+        for (std::size_t i = 1; i < reports.size(); ++i) longest = std::max(longest, ms(reports[i] - reports[i - 1]));
+        state.counters["reports"] = static_cast<double>(reports.size());
+        state.counters["longest_gap_ms"] = longest;
+        state.counters["after_last_ms"] = reports.empty() ? 0.0 : ms(end - reports.back());
+    }
+}
+
 }  // namespace
 
 BENCHMARK(BM_PictureWholeTenMinutes)->Unit(benchmark::kMillisecond);
@@ -143,6 +173,7 @@ BENCHMARK(BM_StartTenMinutes11k)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_StartOneHour44k)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 BENCHMARK(BM_WorkerMinute44k)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 BENCHMARK(BM_LibraryMinute44k)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+BENCHMARK(BM_ProgressOneHour44k)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
