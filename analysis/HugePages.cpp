@@ -11,7 +11,7 @@ namespace sonmetra {
 namespace {
 
 constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
-constexpr std::size_t kWorthAdvising = std::size_t{4} << 20;
+constexpr std::size_t kWorthAdvising = std::size_t{2} << 20;
 
 }  // namespace
 

@@ -20,7 +20,7 @@ namespace sonmetra {
 // nothing where the system has no such advice.
 void AdviseHugePages(void* p, std::size_t bytes);
 
-// Memory for `bytes`: from 4 MB up aligned to 2 MB and advised as above.
+// Memory for `bytes`: from 2 MB up aligned to 2 MB and advised as above.
 // Throws std::bad_alloc when there is none. ReleaseLarge takes the same size.
 void* AcquireLarge(std::size_t bytes);
 void ReleaseLarge(void* p, std::size_t bytes) noexcept;

@@ -6,58 +6,15 @@
 // recording that grows buffer by buffer is not copied at every step.
 #pragma once
 
-#include <sys/mman.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 #include <stdexcept>
 #include <vector>
 
+#include "analysis/HugePages.h"
+
 namespace sonmetra {
-
-// Allocates long blocks on 2 MB boundaries and asks for huge pages, so that
-// filling an hour of samples costs few page faults (the faults of fresh
-// memory are most of what a file read costs beyond the copy); elements are left
-// uninitialised unless a value is given, so that a block about to be
-// overwritten by a file read is not zeroed first.
-template <class T>
-struct SampleAllocator {
-    using value_type = T;
-    static constexpr std::size_t kHugePage = std::size_t{2} << 20;
-
-    SampleAllocator() = default;
-    template <class U>
-    SampleAllocator(const SampleAllocator<U>&) noexcept {}
-
-    T* allocate(std::size_t n) {
-        const std::size_t bytes = n * sizeof(T);
-        if (bytes < kHugePage) {
-            if (void* p = std::malloc(bytes ? bytes : 1)) return static_cast<T*>(p);
-            throw std::bad_alloc();
-        }
-        const std::size_t rounded = (bytes + kHugePage - 1) / kHugePage * kHugePage;
-        void* p = std::aligned_alloc(kHugePage, rounded);
-        if (!p) throw std::bad_alloc();
-        madvise(p, rounded, MADV_HUGEPAGE);
-        return static_cast<T*>(p);
-    }
-    void deallocate(T* p, std::size_t) noexcept { std::free(p); }
-
-    template <class U>
-    void construct(U* p) noexcept {
-        ::new (static_cast<void*>(p)) U;
-    }
-    template <class U, class... Args>
-    void construct(U* p, Args&&... args) {
-        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
-    }
-    template <class U>
-    bool operator==(const SampleAllocator<U>&) const noexcept {
-        return true;
-    }
-};
 
 class SampleBlock {
 public:
@@ -114,7 +71,11 @@ public:
     }
 
 private:
-    std::vector<std::int16_t, SampleAllocator<std::int16_t>> m_samples;
+    // Long blocks on 2 MB pages, so that filling an hour of samples costs few
+    // page faults (the faults of fresh memory are most of what a file read
+    // costs beyond the copy); left uninitialised unless a value is given, so
+    // that a block about to be overwritten by a file read is not zeroed first.
+    std::vector<std::int16_t, LargeAllocator<std::int16_t>> m_samples;
 };
 
 }  // namespace sonmetra

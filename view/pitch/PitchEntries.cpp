@@ -9,7 +9,7 @@ namespace {
 MeasurementRow frameRow(const PitchResults& r, int frame, const char* kind) {
     const auto i = static_cast<std::size_t>(frame);
     const double level = i < r.levelDb.size() ? r.levelDb[i] : 0.0;
-    return MeasurementRow{kind, {r.frameMs(frame), r.track.track[i], level}};
+    return MeasurementRow{kind, {r.frameMs(frame), r.track.track[i], level}, {}};
 }
 
 }  // namespace
