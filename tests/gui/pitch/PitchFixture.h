@@ -1,24 +1,22 @@
 // Shared pieces of the pitch window tests: voiced signals of known F0, a
 // document and a shown waveform view with every feature that the pitch
-// window meets (editing, smoothing, labels, the pitch commands), the window commands by
-// their menu text, and the wait for a computation.
+// window meets (editing, smoothing, labels, the pitch commands), the window
+// commands by their menu text, and the wait for a computation.
 #pragma once
 
 #include <QApplication>
-#include <QDir>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <numbers>
 #include <vector>
 
-#include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/EditClipboard.h"
 #include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
+#include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
 #include "view/EditCommands.h"
@@ -31,6 +29,8 @@
 #include "view/pitch/PitchComputation.h"
 
 namespace pitchtest {
+
+using namespace sonmetra::test;
 
 constexpr double kRateHz = 11025.0;
 
@@ -66,17 +66,7 @@ inline std::shared_ptr<sonmetra::CKestruneDoc> voiceDocument(const std::vector<S
                                          : 0);
     }
     auto doc = std::make_shared<sonmetra::CKestruneDoc>();
-    sonmetra::CChannel& c = doc->channel(0);
-    c.m_inUse = 1;
-    c.m_audio = 1;
-    c.m_rateHz = kRateHz;
-    c.m_name = "Audio";
-    (void)c.m_samples.resize(samples.size());
-    std::copy(samples.begin(), samples.end(), c.m_samples.begin());
-    c.setSampleCountFromBlock();
-    c.resetDisplayToWhole();
-    doc->setChannelCount(1);
-    doc->setHoldsData(true);
+    fillChannel(*doc, 0, "Audio", kRateHz, samples, true);
     doc->setTitle("voice.kvd");
     return doc;
 }
@@ -89,30 +79,18 @@ inline void registerFeatures() {
     registerIntensitySmoothCommands();
 }
 
-inline const ViewCommand& viewCommand(const QString& text) {
-    for (const auto& c : ViewCommandRegistry::instance().commands())
-        if (c.text == text) return c;
-    qFatal("no command %s", qPrintable(text));
-}
 inline void runView(const QString& text, CKestruneView& view) { viewCommand(text).run(view); }
 
-inline const WindowCommand& pitchCommand(const QString& text) {
-    for (const auto& c : WindowCommandRegistry::instance().commands())
-        if (c.context == kPitchContext && c.text == text) return c;
-    qFatal("no pitch command %s", qPrintable(text));
-}
+inline const WindowCommand& pitchCommand(const QString& text) { return windowCommandOf(kPitchContext, text); }
 inline bool pitchEnabled(const QString& text, const CPitchView& view) {
-    const auto& c = pitchCommand(text);
-    return !c.enabled || c.enabled(view);
+    return commandEnabled(pitchCommand(text), view);
 }
 inline void runPitch(const QString& text, CPitchView& view) { pitchCommand(text).run(view); }
 
 // Waits for the frame's computation to end (results are delivered on the
 // interface thread, so events must run).
 inline bool waitForTrack(CPitchFrame* frame, int timeoutMs = 60000) {
-    QElapsedTimer t;
-    t.start();
-    while (frame->computing() && t.elapsed() < timeoutMs) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    waitFor([frame] { return !frame->computing(); }, timeoutMs);
     QCoreApplication::processEvents();
     return !frame->computing();
 }
@@ -125,42 +103,17 @@ inline double f0At(const CPitchView& view, double ms) {
     return i < 0 ? -1.0 : r->track.track[static_cast<std::size_t>(i)];
 }
 
-// Calls answer(dialog) as soon as a modal dialog of type T is up.
-template <class T>
-void whenModal(std::function<void(T*)> answer) {
-    auto* timer = new QTimer;
-    timer->setInterval(5);
-    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
-        if (auto* d = qobject_cast<T*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
-            answer(d);
-        }
-    });
-    timer->start();
-}
-
-// Saves a picture of w when SONMETRA_SHOTS names a folder.
-inline void shoot(QWidget* w, const QString& name) {
-    const QString folder = qEnvironmentVariable("SONMETRA_SHOTS");
-    if (!folder.isEmpty()) w->grab().save(QDir(folder).filePath(name + ".png"));
-}
-
-// The configuration record and clipboard of a test, in force while it lives.
-struct Services {
-    sonmetra::AppConfig config;
+// The configuration record and clipboard of a test, in force while it lives;
+// the program's temporary files go to the record's folder.
+struct Services : ScopedConfig {
     sonmetra::EditClipboard clipboard;
-    QTemporaryDir dir;
     Services() {
         AppServices& s = AppServices::instance();
-        s.config = &config;
         s.clipboard = &clipboard;
-        s.tempFolder = dir.path().toStdString() + "/";
-        config.setFilePath(dir.filePath("SonmetraConf.cfg").toStdString());
+        s.tempFolder = folder.path().toStdString() + "/";
     }
     ~Services() {
         AppServices& s = AppServices::instance();
-        s.config = nullptr;
         s.clipboard = nullptr;
         s.tempFolder.clear();
     }

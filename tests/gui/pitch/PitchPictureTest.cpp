@@ -27,17 +27,6 @@ using namespace pitchtest;
 
 namespace {
 
-class AnsweredDialogs : public IFileDialogs {
-public:
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
-        asked = request;
-        if (path.isEmpty()) return std::nullopt;
-        return FileDialogAnswer{path, 1};
-    }
-    QString path;
-    FileDialogRequest asked;
-};
-
 bool isTrackPixel(QColor c, bool color) {
     // Antialiased edges count when they are mostly the track's colour.
     if (color) return c.blue() > 150 && c.blue() - c.red() > 100;
@@ -100,9 +89,7 @@ private slots:
             pitchSettingsInForce().print.color = color;
             const QImage image = renderInProcess(*m_doc, size);
             QVERIFY(!image.isNull());
-            if (!qEnvironmentVariable("SONMETRA_SHOTS").isEmpty())
-                image.save(
-                    QDir(qEnvironmentVariable("SONMETRA_SHOTS")).filePath(QString("pitch_render_%1.png").arg(color)));
+            shoot(image, QString("pitch_render_%1").arg(color));
             const PitchLayout l = pitchLayout(size, pitchSettingsInForce(), 0.0, 2000.0);
             const double low = trackY(image, l, 450.0, color != 0), high = trackY(image, l, 1550.0, color != 0);
             QVERIFY(low > 0 && high > 0);
@@ -278,18 +265,18 @@ private slots:
     // same document, byte for byte; "Save As bmp..." proposes its name and
     // writes the picture at the print size.
     void exportMatchesTheCommandLineAndBitmapIsNamed() {
-        const QString kvd = m_services->dir.filePath("voice.kvd");
+        const QString kvd = m_services->folder.filePath("voice.kvd");
         QVERIFY(m_doc->saveAs(kvd.toStdString(), 1));
         CKestruneView waveform(m_doc.get());
         runView(kPitchCommandText, waveform);
         CPitchFrame* frame = CPitchFrame::of(m_doc.get());
         QVERIFY(waitForTrack(frame));
 
-        AnsweredDialogs answers;
+        AnsweringFileDialogs answers;
         IFileDialogs* before = setFileDialogs(&answers);
-        answers.path = m_services->dir.filePath("voice-pitch.tsv");
+        answers.path = m_services->folder.filePath("voice-pitch.tsv");
         runPitch("Export Track...", *frame->view());
-        QCOMPARE(answers.asked.defaultName, QString("voice-pitch.tsv"));
+        QCOMPARE(answers.asked().defaultName, QString("voice-pitch.tsv"));
         QFile exported(answers.path);
         QVERIFY(exported.open(QIODevice::ReadOnly));
         QProcess cli;
@@ -298,9 +285,9 @@ private slots:
         QCOMPARE(cli.exitCode(), 0);
         QCOMPARE(exported.readAll(), cli.readAllStandardOutput());
 
-        answers.path = m_services->dir.filePath("picture");
+        answers.path = m_services->folder.filePath("picture");
         runPitch("Save As bmp...", *frame->view());
-        QCOMPARE(answers.asked.defaultName, QString("Bitmap-PitchTrack ofvoice.bmp"));
+        QCOMPARE(answers.asked().defaultName, QString("Bitmap-PitchTrack ofvoice.bmp"));
         const QImage bitmap(answers.path + ".bmp", "BMP");
         const double dpi = frame->view()->logicalDpiX();
         QCOMPARE(bitmap.size(), QSize(qRound(6.0 * dpi), qRound(4.0 * dpi)));
@@ -315,16 +302,9 @@ private slots:
         const QString kvd = home.filePath("voice.kvd");
         QVERIFY(m_doc->saveAs(kvd.toStdString(), 1));
         auto run = [&home](const QStringList& args, QString* errors = nullptr) {
-            QProcess process;
-            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-            env.insert("HOME", home.path());
-            env.insert("XDG_CONFIG_HOME", home.path() + "/config");
-            process.setProcessEnvironment(env);
-            process.setWorkingDirectory(home.path());
-            process.start(SONMETRA_BIN, QStringList{"--render", "pitch"} + args);
-            if (!process.waitForFinished(60000)) return -1;
-            if (errors) *errors = QString::fromLocal8Bit(process.readAllStandardError());
-            return process.exitCode();
+            const ProgramRun r = runProgram(SONMETRA_BIN, QStringList{"--render", "pitch"} + args, home);
+            if (errors) *errors = r.errors;
+            return r.exitCode;
         };
         const QString png = home.filePath("pitch.png");
         QCOMPARE(run({kvd, "-o", png, "--size", "640x480"}), 0);

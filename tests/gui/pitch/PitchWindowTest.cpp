@@ -340,7 +340,7 @@ private slots:
         for (int field = 0; field < 2; ++field) {
             sonmetra::AppConfig written;
             (field == 0 ? written.m_analysis.pitch.windowMs : written.m_analysis.pitch.stepMs) = 0;
-            const std::string path = m_services->dir.filePath("refused.cfg").toStdString();
+            const std::string path = m_services->folder.filePath("refused.cfg").toStdString();
             QVERIFY(written.writeFile(path));
             QVERIFY(m_services->config.readFile(path));
             m_messages.clear();
