@@ -159,7 +159,7 @@ private slots:
     // OK writes the record; a new configuration read from the file has the
     // same values, and the open window computes again with them.
     void settingsSurviveARestartAndOpenWindowsFollow() {
-        ScopedConfig config;
+        RateConfig config;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
@@ -205,7 +205,7 @@ private slots:
     }
 
     void logOptionIsKeptAtItsPlaceInTheRecord() {
-        ScopedConfig config;
+        RateConfig config;
         whenModal<LogOptionDialog>([](LogOptionDialog* d) {
             QCOMPARE(d->frameStepField()->minimum(), 1);
             QCOMPARE(d->frameStepField()->maximum(), 5000);
@@ -230,7 +230,7 @@ private slots:
     // waveform view opens the window there, its context's menus take over,
     // and Ctrl+T reaches its marker entry.
     void theWindowOpensInTheWorkspaceWithItsMenus() {
-        ScopedConfig config;
+        RateConfig config;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
         CMainFrame frame;

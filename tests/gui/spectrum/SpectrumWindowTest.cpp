@@ -4,7 +4,6 @@
 // render kind and `sonmetra --render spectrum` show the same picture).
 #include <QClipboard>
 #include <QMouseEvent>
-#include <QProcess>
 
 #include "SpectrumFixture.h"
 #include "analysis/FftSpectrum.h"
@@ -52,16 +51,6 @@ CFFTLPCView* openAt(CKestruneView& view, double ms) {
     return frame ? frame->view() : nullptr;
 }
 
-// Answers the save dialog with a file in a folder, keeping what it was asked.
-struct AnsweringDialogs : IFileDialogs {
-    QString path;
-    FileDialogRequest asked;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
-        asked = request;
-        return FileDialogAnswer{path, 1};
-    }
-};
-
 }  // namespace
 
 class SpectrumWindowTest : public QObject {
@@ -98,7 +87,7 @@ private slots:
 
     // One window per document and kind: the command again reuses it at the new cursor.
     void windowsAreReusedPerRoleAndComputeTheLibrarysSpectrum() {
-        ScopedConfig config;
+        RateConfig config;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
@@ -149,7 +138,7 @@ private slots:
 
     // A selection long enough for the progress dialog is computed whole.
     void aLongSelectionRunsThroughTheProgressDialog() {
-        ScopedConfig config;
+        RateConfig config;
         config.config.m_analysis.fftLpc.averageStepMs = 1;
         auto recipe = vowelRecipe();
         recipe.seconds = 25.0;
@@ -186,7 +175,7 @@ private slots:
     }
 
     void readoutsAndFormantsOfAVowelAreTheLibrarys() {
-        ScopedConfig config;
+        RateConfig config;
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 400.0);
@@ -250,7 +239,7 @@ private slots:
     }
 
     void logRowsCarryTheMarkerTheFormantsAndTheFrame() {
-        ScopedConfig config;
+        RateConfig config;
         config.config.m_logFrameStepHz = 1000;
         sonmetra::RecordingMessageService messages;
         sonmetra::ScopedMessageService scoped(&messages);
@@ -317,7 +306,7 @@ private slots:
     }
 
     void copyPutsOneLinePerBinOnTheClipboard() {
-        ScopedConfig config;
+        RateConfig config;
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
@@ -338,7 +327,7 @@ private slots:
     // A tone on bin 35 reads 20·log10 of its amplitude there, and the curve's
     // peak is drawn in the pixel column of that frequency.
     void aPureTonesPeakLandsInItsFrequencysColumn() {
-        ScopedConfig config;
+        RateConfig config;
         const double hz = 35 * 11025.0 / 256;
         auto doc = makeDocument(tone(hz, 3162.28, 11025.0, 11025), 11025.0);
         CKestruneView view(doc.get());
@@ -381,7 +370,7 @@ private slots:
     // "Save As bmp..." writes the picture at the print size, in black and
     // white when the settings say so.
     void aBitmapHasThePrintSizeAndColour() {
-        ScopedConfig config;
+        RateConfig config;
         config.config.m_analysis.fftLpc.print = {5.0, 2.5, 1, 0};
         config.config.m_analysis.fftLpc.absoluteLevel = 0;
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
@@ -389,12 +378,12 @@ private slots:
         CFFTLPCView* spectrum = openAt(view, 300.0);
         QVERIFY(spectrum != nullptr);
         QTemporaryDir folder;
-        AnsweringDialogs dialogs;
+        AnsweringFileDialogs dialogs;
         dialogs.path = folder.filePath("picture");
         IFileDialogs* before = setFileDialogs(&dialogs);
         windowCommand("Save As bmp...").run(*spectrum);
         setFileDialogs(before);
-        QCOMPARE(dialogs.asked.defaultName, QString("vowel FFT-LPC.bmp"));
+        QCOMPARE(dialogs.asked().defaultName, QString("vowel FFT-LPC.bmp"));
         const QImage bitmap(folder.filePath("picture.bmp"), "BMP");
         QVERIFY(!bitmap.isNull());
         shoot(bitmap, "bitmap-black-white");
@@ -414,7 +403,7 @@ private slots:
 
     // What the window shows is what the render kind draws, pixel for pixel.
     void theWindowAndTheRenderShowTheSamePicture() {
-        ScopedConfig config;
+        RateConfig config;
         auto doc = makeDocument(sonmetra::synth::synthesizeVowel(vowelRecipe()), 11025.0);
         CKestruneView view(doc.get());
         CFFTLPCView* spectrum = openAt(view, 300.0);
@@ -442,20 +431,15 @@ private slots:
         const QString path = home.filePath("vowel.kvd");
         QVERIFY(doc->saveAs(path.toStdString(), 1));
         const QString png = home.filePath("spectrum.png");
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", home.path());
-        env.insert("XDG_CONFIG_HOME", home.path() + "/config");
-        process.setProcessEnvironment(env);
-        process.setWorkingDirectory(home.path());
-        process.start(SONMETRA_BIN,
-                      {"--render", "spectrum", path, "-o", png, "--size", "700x480", "--from", "200", "--to", "500"});
-        QVERIFY(process.waitForFinished(60000));
-        QCOMPARE(process.exitCode(), 0);
+        const ProgramRun run = runProgram(
+            SONMETRA_BIN,
+            {"--render", "spectrum", path, "-o", png, "--size", "700x480", "--from", "200", "--to", "500"}, home);
+        QVERIFY(run.finished);
+        QCOMPARE(run.exitCode, 0);
         const QImage image = QImage(png).convertToFormat(QImage::Format_RGB32);
         QCOMPARE(image.size(), QSize(700, 480));
 
-        ScopedConfig config;
+        RateConfig config;
         CKestruneView view(doc.get());
         timebase::selectRange(*doc, 200.0, 500.0);
         view.setSelectionPresent(true);
@@ -465,10 +449,10 @@ private slots:
         QVERIFY(frame->view()->screenImage(QSize(700, 480)).convertToFormat(QImage::Format_RGB32) == image);
 
         // Without a cursor or a selection there is nothing to analyse.
-        process.start(SONMETRA_BIN, {"--render", "spectrum", path, "-o", png});
-        QVERIFY(process.waitForFinished(60000));
-        QCOMPARE(process.exitCode(), 1);
-        QVERIFY(QString::fromLocal8Bit(process.readAllStandardError()).contains("--cursor MS"));
+        const ProgramRun nothing = runProgram(SONMETRA_BIN, {"--render", "spectrum", path, "-o", png}, home);
+        QVERIFY(nothing.finished);
+        QCOMPARE(nothing.exitCode, 1);
+        QVERIFY(nothing.errors.contains("--cursor MS"));
         delete frame;
     }
 };
