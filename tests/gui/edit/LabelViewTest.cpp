@@ -35,9 +35,9 @@ private slots:
     }
 
     void modeTextFollowsTheMode() {
-        QCOMPARE(command("Mode").dynamicText(*m_view), QString("Enable Label Entry Mode"));
+        QCOMPARE(viewCommand("Mode").dynamicText(*m_view), QString("Enable Label Entry Mode"));
         run("Mode", *m_view);
-        QCOMPARE(command("Mode").dynamicText(*m_view), QString("Disable Label Entry Mode"));
+        QCOMPARE(viewCommand("Mode").dynamicText(*m_view), QString("Disable Label Entry Mode"));
         run("Mode", *m_view);
         QVERIFY(!m_view->extension<LabelController>()->labelMode());
     }
