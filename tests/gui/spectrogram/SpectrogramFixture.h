@@ -15,6 +15,8 @@
 #include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
+#include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
 #include "view/AppServices.h"
 #include "view/ViewCommands.h"
 #include "view/WindowCommands.h"
@@ -26,17 +28,7 @@ namespace sgtest {
 inline std::unique_ptr<sonmetra::CKestruneDoc> audioDocument(const std::vector<std::int16_t>& samples, double rateHz,
                                                              bool audio = true) {
     auto doc = std::make_unique<sonmetra::CKestruneDoc>();
-    sonmetra::CChannel& ch = doc->channel(0);
-    ch.m_name = "Audio";
-    ch.m_audio = audio ? 1 : 0;
-    ch.m_inUse = 1;
-    ch.m_rateHz = rateHz;
-    if (!ch.m_samples.resize(samples.size())) throw std::bad_alloc();
-    std::copy(samples.begin(), samples.end(), ch.m_samples.data());
-    ch.setSampleCountFromBlock();
-    ch.resetDisplayToWhole();
-    doc->setChannelCount(1);
-    doc->setHoldsData(true);
+    sonmetra::test::fillChannel(*doc, 0, "Audio", rateHz, samples, audio);
     doc->setTitle("speech.kvd");
     return doc;
 }
@@ -92,17 +84,17 @@ inline std::vector<double> darkestHz(const QImage& picture, const sonmetra::Spec
     return hz;
 }
 
+// The commands by their menu text; a missing one fails the test, which then
+// goes on with a command that does nothing.
 inline const ViewCommand& viewCommand(const QString& text) {
-    for (const auto& c : ViewCommandRegistry::instance().commands())
-        if (c.text == text) return c;
+    if (const ViewCommand* c = sonmetra::test::findViewCommand(text)) return *c;
     ADD_FAILURE() << "no waveform command " << text.toStdString();
     static ViewCommand none;
     return none;
 }
 
 inline const WindowCommand& windowCommand(const QString& text) {
-    for (const auto& c : WindowCommandRegistry::instance().commands())
-        if (c.context == "spectrogram" && c.text == text) return c;
+    if (const WindowCommand* c = sonmetra::test::findWindowCommand("spectrogram", text)) return *c;
     ADD_FAILURE() << "no spectrogram command " << text.toStdString();
     static WindowCommand none;
     return none;

@@ -3,7 +3,6 @@
 // colour tables and black-and-white print; and `sonmetra --render spectrogram`
 // run as a program.
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 
@@ -218,22 +217,8 @@ TEST(SpectrogramCells, FollowTheImageAreaWithinTheSamplesAndTheCap) {
     EXPECT_EQ(cellCountsFor(QSize(0, 600), 1e6).columns, 0);
 }
 
-struct RenderRun {
-    int exitCode = -1;
-    QString errors;
-};
-
-RenderRun render(const QTemporaryDir& home, const QStringList& arguments) {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("HOME", home.path());
-    env.insert("XDG_CONFIG_HOME", home.path() + "/config");
-    env.remove("DISPLAY");
-    process.setProcessEnvironment(env);
-    process.setWorkingDirectory(home.path());
-    process.start(SONMETRA_BIN, QStringList{"--render", "spectrogram"} + arguments);
-    if (!process.waitForFinished(60000)) return {};
-    return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardError())};
+sonmetra::test::ProgramRun render(const QTemporaryDir& home, const QStringList& arguments) {
+    return sonmetra::test::runProgram(SONMETRA_BIN, QStringList{"--render", "spectrogram"} + arguments, home);
 }
 
 TEST(SpectrogramRender, ProgramDrawsTheToneAndTheCursor) {
@@ -241,7 +226,7 @@ TEST(SpectrogramRender, ProgramDrawsTheToneAndTheCursor) {
     const QString wav = home.filePath("tone.wav");
     ASSERT_TRUE(sonmetra::synth::writeWav(wav.toStdString(), sweep(11025.0, 1.0, 1000.0, 1000.0), 11025.0));
     const QString png = home.filePath("tone.png");
-    const RenderRun run = render(home, {wav, "-o", png, "--size", "640x420", "--cursor", "500"});
+    const auto run = render(home, {wav, "-o", png, "--size", "640x420", "--cursor", "500"});
     ASSERT_EQ(run.exitCode, 0) << run.errors.toStdString();
     const QImage picture = QImage(png).convertToFormat(QImage::Format_RGB32);
     ASSERT_EQ(picture.size(), kPicture);
@@ -267,11 +252,3 @@ TEST(SpectrogramRender, ProgramDrawsTheToneAndTheCursor) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

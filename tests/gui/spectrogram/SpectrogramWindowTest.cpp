@@ -288,16 +288,6 @@ TEST_F(SpectrogramWindow, WindowAndRenderShowTheSamePicture) {
     EXPECT_TRUE(shot == image);
 }
 
-class AnsweringDialogs : public IFileDialogs {
-public:
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
-        titles << request.title;
-        return FileDialogAnswer{path, 1};
-    }
-    QString path;
-    QStringList titles;
-};
-
 TEST_F(SpectrogramWindow, ExportFormantsWritesOneLinePerColumn) {
     sonmetra::synth::VowelRecipe vowel;
     auto vowelDoc = audioDocument(sonmetra::synth::synthesizeVowel(vowel), vowel.rateHz);
@@ -311,12 +301,12 @@ TEST_F(SpectrogramWindow, ExportFormantsWritesOneLinePerColumn) {
     ASSERT_TRUE(windowEnabled("Export Formants...", v));
 
     QTemporaryDir dir;
-    AnsweringDialogs dialogs;
+    sonmetra::test::AnsweringFileDialogs dialogs;
     dialogs.path = dir.filePath("formants.txt");
     IFileDialogs* previous = setFileDialogs(&dialogs);
     runWindow("Export Formants...", v);
     setFileDialogs(previous);
-    EXPECT_EQ(dialogs.titles, QStringList{"Export Formants"});
+    EXPECT_EQ(dialogs.titles(), QStringList{"Export Formants"});
 
     QFile file(dialogs.path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -361,11 +351,3 @@ TEST_F(SpectrogramWindow, OptionDialogOkRecomputesTheOpenWindow) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
