@@ -26,17 +26,9 @@ namespace {
 std::shared_ptr<CKestruneDoc> airflowDocument() {
     auto doc = std::make_shared<CKestruneDoc>();
     fillTone(*doc, 2000.0, 4000);
-    CChannel& flow = doc->channel(1);
-    flow.m_name = "Airflow";
-    flow.m_units = "mv";
-    flow.m_inUse = 1;
-    flow.m_rateHz = 1000.0;
-    (void)flow.m_samples.resize(2000);
-    for (std::size_t i = 0; i < 2000; ++i)
-        flow.m_samples[i] = static_cast<std::int16_t>((i < 1000 ? 1000 : 3000) + (i % 2 == 0 ? 2 : -2));
-    flow.setSampleCountFromBlock();
-    flow.resetDisplayToWhole();
-    doc->setChannelCount(2);
+    fillChannel(*doc, 1, "Airflow", 1000.0, 2000, [](std::size_t i) {
+        return static_cast<std::int16_t>((i < 1000 ? 1000 : 3000) + (i % 2 == 0 ? 2 : -2));
+    });
     doc->setTitle("calibrate.kvd");
     return doc;
 }
@@ -54,7 +46,7 @@ class CalibrationDialogTest : public QObject {
     std::unique_ptr<ScopedMessageService> m_scope;
 
     CalibrationDialog* openDialog() {
-        command("Calibration...").run(*m_view);
+        viewCommand("Calibration...").run(*m_view);
         auto* dialog = m_view->findChild<CalibrationDialog*>();
         if (dialog) dialog->pointChannel()->setCurrentText("Airflow");
         return dialog;
@@ -104,7 +96,7 @@ private slots:
         QCOMPARE(table->text(1, CalibrationDialog::kC1), QString("1"));
         QCOMPARE(table->text(1, CalibrationDialog::kC3), QString("0"));
         // The command raises the open dialog rather than making a second.
-        command("Calibration...").run(*m_view);
+        viewCommand("Calibration...").run(*m_view);
         QCOMPARE(m_view->findChildren<CalibrationDialog*>().size(), 1);
     }
 
@@ -128,8 +120,7 @@ private slots:
         QVERIFY(std::fabs(dialog->table()->text(1, CalibrationDialog::kC0).toDouble() + 10.0) < 1e-2);
         QVERIFY(dialog->table()->text(1, CalibrationDialog::kC1).size() > 6);
         dialog->table()->setText(1, CalibrationDialog::kUnits, "l/s");
-        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty())
-            dialog->grab().save(dir + "/calibration-dialog.png");
+        shoot(dialog, "calibration-dialog");
         dialog->accept();
         QVERIFY(m_messages->texts().empty());
 
@@ -149,7 +140,7 @@ private slots:
         QCOMPARE(m_status->cellText(1, kColumnUnits), QString("l/s"));
 
         // Edit > Undo brings the calibration back.
-        command("&Undo\tCtrl+Z").run(*m_view);
+        viewCommand("&Undo\tCtrl+Z").run(*m_view);
         QCOMPARE(m_doc->channel(1).m_c1, 1.0);
         QCOMPARE(m_doc->channel(1).m_c0, 0.0);
         QCOMPARE(m_doc->channel(1).m_units, std::string("mv"));

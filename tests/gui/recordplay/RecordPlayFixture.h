@@ -1,26 +1,31 @@
-// Shared pieces of the record/play window and calibration tests: a fresh
-// simulated unit installed as the workstation installs it, documents to
-// work on, the view commands by menu text, and a main() that keeps the
-// settings in a folder of the test's own.
+// Shared pieces of the record/play window, scope and calibration tests: a
+// fresh simulated unit installed as the workstation installs it, the state
+// every test function of the unit's windows starts from, documents to work
+// on, and a main() that keeps the settings in a folder of the test's own.
 #pragma once
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QMdiArea>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <chrono>
 #include <cmath>
 #include <memory>
-#include <thread>
 
+#include "document/AppConfig.h"
 #include "document/CKestruneDoc.h"
+#include "document/MessageService.h"
 #include "io/usb/SimulatedUsbDriver.h"
 #include "io/usb/UsbProtocol.h"
+#include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
+#include "view/AppServices.h"
 #include "view/CKestruneView.h"
 #include "view/ViewCommands.h"
 #include "view/recordplay/UsbUnitSetup.h"
 
 namespace rptest {
+
+using namespace sonmetra::test;
 
 // A new simulated unit of `channels`, answering at once.
 inline std::shared_ptr<sonmetra::usb::SimulatedUsbDriver> useSimulatedUnit(int channels) {
@@ -32,38 +37,45 @@ inline std::shared_ptr<sonmetra::usb::SimulatedUsbDriver> useSimulatedUnit(int c
     return std::dynamic_pointer_cast<sonmetra::usb::SimulatedUsbDriver>(sonmetra::usb::usbDriver());
 }
 
+// What a test function of the unit's windows starts from: a configuration
+// record of its own (its file in the test's folder), the messages shown kept,
+// a fresh simulated unit of 9 channels and a shown workspace.
+class UnitWindowTest : public QObject {
+protected:
+    void startSession(QSize areaSize) {
+        m_config = std::make_unique<sonmetra::AppConfig>();
+        m_config->setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
+        AppServices::instance().config = m_config.get();
+        m_messages = std::make_unique<sonmetra::RecordingMessageService>();
+        m_scope = std::make_unique<sonmetra::ScopedMessageService>(m_messages.get());
+        m_unit = useSimulatedUnit(9);
+        m_area = std::make_unique<QMdiArea>();
+        m_area->resize(areaSize);
+        m_area->show();
+    }
+    // After the workspace has gone.
+    void endSession() {
+        m_scope.reset();
+        AppServices::instance() = AppServices{};
+    }
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<sonmetra::AppConfig> m_config;
+    std::unique_ptr<sonmetra::RecordingMessageService> m_messages;
+    std::unique_ptr<sonmetra::ScopedMessageService> m_scope;
+    std::shared_ptr<sonmetra::usb::SimulatedUsbDriver> m_unit;
+    std::unique_ptr<QMdiArea> m_area;
+};
+
 // One channel "Audio" of a tone with a step in it, at rateHz.
 inline void fillTone(sonmetra::CKestruneDoc& doc, double rateHz, std::size_t samples) {
-    sonmetra::CChannel& ch = doc.channel(0);
-    ch.m_name = "Audio";
-    ch.m_audio = 1;
-    ch.m_inUse = 1;
-    ch.m_rateHz = rateHz;
-    (void)ch.m_samples.resize(samples);
-    for (std::size_t i = 0; i < samples; ++i)
-        ch.m_samples[i] = static_cast<std::int16_t>(9000 * std::sin(0.05 * static_cast<double>(i)) + (i % 7) * 100);
-    ch.setSampleCountFromBlock();
-    ch.resetDisplayToWhole();
+    fillChannel(
+        doc, 0, "Audio", rateHz, samples,
+        [](std::size_t i) {
+            return static_cast<std::int16_t>(9000 * std::sin(0.05 * static_cast<double>(i)) + (i % 7) * 100);
+        },
+        true);
     doc.setChannelCount(1);
-    doc.setHoldsData(true);
-}
-
-inline const ViewCommand& command(const QString& text) {
-    for (const auto& c : ViewCommandRegistry::instance().commands())
-        if (c.text == text) return c;
-    qFatal("no command %s", qPrintable(text));
-}
-
-template <typename Pred>
-bool waitFor(Pred done, int timeoutMs = 10000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
 }
 
 // Runs the test object with the settings (QSettings and the command line's

@@ -36,15 +36,6 @@ using namespace rptest;
 
 namespace {
 
-QAction* findAction(QMenuBar* bar, const QString& menuTitle, const QString& text) {
-    for (QAction* top : bar->actions()) {
-        if (top->text() != menuTitle || !top->menu()) continue;
-        for (QAction* a : top->menu()->actions())
-            if (a->text() == text) return a;
-    }
-    return nullptr;
-}
-
 // Blank rows of the view's picture inside strip `index` (white = nothing drawn).
 int inkedRows(const QImage& img, const CKestruneView& view, int index) {
     int rows = 0;
@@ -65,15 +56,8 @@ const char* kMismatch =
 
 }  // namespace
 
-class RecordPlayWindowTest : public QObject {
+class RecordPlayWindowTest : public UnitWindowTest {
     Q_OBJECT
-
-    QTemporaryDir m_dir;
-    std::unique_ptr<AppConfig> m_config;
-    std::unique_ptr<RecordingMessageService> m_messages;
-    std::unique_ptr<ScopedMessageService> m_scope;
-    std::shared_ptr<usb::SimulatedUsbDriver> m_unit;
-    std::unique_ptr<QMdiArea> m_area;
 
     usb::UnitFirmware& firmware() { return m_unit->firmware(); }
     CFormRecordPlay* openForm() {
@@ -91,7 +75,7 @@ class RecordPlayWindowTest : public QObject {
         return form;
     }
     void record(CKestruneView& view) {
-        command("Record\tCtrl+R").run(view);
+        viewCommand("Record\tCtrl+R").run(view);
         auto* feature = view.extension<CRecordPlay>();
         // Timer 1 starts the transfer, which has ended when the timer's handler returns.
         QVERIFY(waitFor([&] { return !feature->recordPending() && QApplication::activeModalWidget() == nullptr; }));
@@ -100,24 +84,13 @@ class RecordPlayWindowTest : public QObject {
 private slots:
     void initTestCase() { registerRecordPlayCommands(); }
 
-    void init() {
-        m_config = std::make_unique<AppConfig>();
-        m_config->setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
-        AppServices::instance().config = m_config.get();
-        m_messages = std::make_unique<RecordingMessageService>();
-        m_scope = std::make_unique<ScopedMessageService>(m_messages.get());
-        m_unit = useSimulatedUnit(9);
-        m_area = std::make_unique<QMdiArea>();
-        m_area->resize(1000, 800);
-        m_area->show();
-    }
+    void init() { startSession(QSize(1000, 800)); }
 
     void cleanup() {
         m_area.reset();  // takes the options window with it
         QVERIFY(CFrameRecordPlay::instance() == nullptr);
         QVERIFY(CFormRecordPlay::openForm() == nullptr);
-        m_scope.reset();
-        AppServices::instance() = AppServices{};
+        endSession();
     }
 
     void theMainFramesCommandTogglesTheWindowInPlace() {
@@ -168,8 +141,7 @@ private slots:
         QCOMPARE(child->document()->channelCount(), 9);
         QCOMPARE(child->document()->channel(8).m_name, std::string("ch8"));
         QVERIFY2(m_messages->texts().empty(), m_messages->lastText().c_str());
-        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty())
-            frame.grab().save(dir + "/main-frame-unit-recording.png");
+        shoot(&frame, "main-frame-unit-recording");
     }
 
     void theFormEditsTheRecordOptions() {
@@ -193,8 +165,7 @@ private slots:
         table->setWholeNumber(3, CFormRecordPlay::kBandwidth, 1000);
         table->setWholeNumber(3, CFormRecordPlay::kGain, 20);
         form->takeSettings();
-        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty())
-            CFrameRecordPlay::instance()->grab().save(dir + "/record-play-window.png");
+        shoot(CFrameRecordPlay::instance(), "record-play-window");
 
         QCOMPARE(m_config->m_source, std::string("External Hardware"));
         QCOMPARE(m_config->m_inputLine, std::string("Line"));
@@ -307,7 +278,7 @@ private slots:
 
         // Every channel shows its trace.
         const QImage shot = view.grab().toImage().convertToFormat(QImage::Format_RGB32);
-        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty()) shot.save(dir + "/unit-recording.png");
+        shoot(shot, "unit-recording");
         for (int i = 0; i < 9; ++i) QVERIFY2(inkedRows(shot, view, i) > 5, qPrintable(QString::number(i)));
 
         const std::string path = m_dir.filePath("unit.kvd").toStdString();
@@ -405,7 +376,7 @@ private slots:
         fillTone(doc, 11025.0, 30000);
         CKestruneView view(&doc);
         view.show();
-        command("Play All\tCtrl+Y").run(view);
+        viewCommand("Play All\tCtrl+Y").run(view);
         QVERIFY(waitFor([] { return QApplication::activeModalWidget() == nullptr; }));
         QCOMPARE(firmware().playClockValue(), std::uint16_t{75});
         auto played = firmware().playedSamples();
@@ -417,7 +388,7 @@ private slots:
         ch.m_selStartSample = 1000;
         ch.m_selEndSample = 1000 + 100;
         view.setSelectionPresent(true);
-        command("Play Selection\tCtrl+U").run(view);
+        viewCommand("Play Selection\tCtrl+U").run(view);
         played = firmware().playedSamples();
         QCOMPARE(played.size(), std::size_t{96});
         QVERIFY(std::equal(played.begin(), played.end(), ch.m_samples.begin() + 1000));
@@ -433,7 +404,7 @@ private slots:
         CKestruneDoc doc;
         CKestruneView view(&doc);
         view.show();
-        command("Record\tCtrl+R").run(view);
+        viewCommand("Record\tCtrl+R").run(view);
         auto* feature = view.extension<CRecordPlay>();
         QVERIFY(waitFor([&] { return feature->recording(); }));
         QCOMPARE(sound->lastInputFormat().samplesPerSec, 22050u);
@@ -443,7 +414,7 @@ private slots:
         form->sourceBox()->setCurrentText("Computer");
         form->computerRateBox()->setValue(16000);
         m_messages->queueAnswer(MsgAnswer::No);  // no saving of the first recording
-        command("Record\tCtrl+R").run(view);
+        viewCommand("Record\tCtrl+R").run(view);
         QVERIFY(waitFor([&] { return feature->recording(); }));
         QCOMPARE(sound->lastInputFormat().samplesPerSec, 16000u);
         feature->stopRecording();
@@ -464,7 +435,7 @@ private slots:
         auto* feature = view.extension<CRecordPlay>();
         sound->setInputSignal(SimulatedWaveDriver::sine(150.0, 8000.0));
         auto recordFor = [&](std::size_t frames) {
-            command("Record\tCtrl+R").run(view);
+            viewCommand("Record\tCtrl+R").run(view);
             QVERIFY(waitFor([&] { return feature->recording(); }));
             QVERIFY(sound->feedInput(frames) > 0);
             QTest::qWait(200);  // the capture thread takes the buffers

@@ -83,27 +83,10 @@ double tallColumnShare(const QImage& image, const ScopeBand& b) {
     return static_cast<double>(tall) / (b.width() - 2);
 }
 
-class AnsweringFileDialogs : public IFileDialogs {
-public:
-    QString path;
-    FileDialogRequest asked;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
-        asked = request;
-        return FileDialogAnswer{path, 1};
-    }
-};
-
 }  // namespace
 
-class ScopeViewTest : public QObject {
+class ScopeViewTest : public UnitWindowTest {
     Q_OBJECT
-
-    QTemporaryDir m_dir;
-    std::unique_ptr<AppConfig> m_config;
-    std::unique_ptr<RecordingMessageService> m_messages;
-    std::unique_ptr<ScopedMessageService> m_scope;
-    std::shared_ptr<usb::SimulatedUsbDriver> m_unit;
-    std::unique_ptr<QMdiArea> m_area;
 
     void select(std::initializer_list<int> rows) {
         for (auto& row : m_config->m_rows) row.word &= ~ChannelRow::kSelected;
@@ -132,23 +115,14 @@ private slots:
     }
 
     void init() {
-        m_config = std::make_unique<AppConfig>();
-        m_config->setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
+        startSession(QSize(1400, 900));
         m_config->m_multiplexType = 2;
-        AppServices::instance().config = m_config.get();
-        m_messages = std::make_unique<RecordingMessageService>();
-        m_scope = std::make_unique<ScopedMessageService>(m_messages.get());
-        m_unit = useSimulatedUnit(9);
-        m_area = std::make_unique<QMdiArea>();
-        m_area->resize(1400, 900);
-        m_area->show();
     }
 
     void cleanup() {
         m_area.reset();  // takes the scope and the options with it
         QVERIFY(CScopeChildFrame::instance() == nullptr);
-        m_scope.reset();
-        AppServices::instance() = AppServices{};
+        endSession();
     }
 
     void aSixteenChannelUnitShowsItsBandsWithoutTraces() {
@@ -427,14 +401,10 @@ private slots:
         QVERIFY(scope->isEnabled());
         // "Scope" ends the Record/Play menu, "Record/Play" heads Options, and
         // both are on the toolbar whichever window is in front.
-        const auto shownMenu = [&](const QString& title) -> QMenu* {
-            for (QAction* a : frame.menuBar()->actions())
-                if (a->menu() && a->isVisible() && a->text() == title) return a->menu();
-            return nullptr;
-        };
-        QVERIFY(shownMenu("&Record/Play") != nullptr && shownMenu("&Options") != nullptr);
-        QCOMPARE(shownMenu("&Record/Play")->actions().last(), scope);
-        QCOMPARE(shownMenu("&Options")->actions().first(), options);
+        QVERIFY(shownMenu(frame.menuBar(), "&Record/Play") != nullptr &&
+                shownMenu(frame.menuBar(), "&Options") != nullptr);
+        QCOMPARE(shownMenu(frame.menuBar(), "&Record/Play")->actions().last(), scope);
+        QCOMPARE(shownMenu(frame.menuBar(), "&Options")->actions().first(), options);
         const auto* tools = frame.findChild<QToolBar*>("recordPlayToolBar");
         QVERIFY(tools != nullptr && tools->isVisible());
         QCOMPARE(tools->actions(), (QList<QAction*>{options, scope}));
@@ -474,13 +444,13 @@ private slots:
         QVERIFY(snapshots(window->scopeView(), window->scopeView()->snapshotsTaken() + 1));
         // With the scope in front its own Record/Play menu has "Scope", which starts a stopped scope again.
         QAction* again = frame.commandMenus()->action("scope", "Scope");
-        QVERIFY(again != nullptr && shownMenu("&Record/Play")->actions().contains(again));
+        QVERIFY(again != nullptr && shownMenu(frame.menuBar(), "&Record/Play")->actions().contains(again));
         window->scopeView()->stopRefresh();
         QVERIFY(!window->scopeView()->refreshing());
         again->trigger();
         QVERIFY(window->scopeView()->refreshing());
         QVERIFY(snapshots(window->scopeView(), window->scopeView()->snapshotsTaken() + 1));
-        if (const QByteArray dir = qgetenv("SONMETRA_SHOTS"); !dir.isEmpty()) frame.grab().save(dir + "/scope.png");
+        shoot(&frame, "scope");
         QVERIFY(m_messages->texts().empty());
     }
 
@@ -500,7 +470,7 @@ private slots:
 
         // Record in the document while the scope is reading from the unit.
         frame.mdiArea()->setActiveSubWindow(child);
-        command("Record\tCtrl+R").run(*child->kestruneView());
+        viewCommand("Record\tCtrl+R").run(*child->kestruneView());
         QVERIFY(CScopeChildFrame::instance() == nullptr);
         QVERIFY(waitFor([&] { return child->document()->holdsData(); }, 20000));
         QCOMPARE(child->document()->channelCount(), 9);
@@ -548,10 +518,9 @@ private slots:
         AnsweringFileDialogs dialogs;
         dialogs.path = m_dir.filePath("picture");
         IFileDialogs* previous = setFileDialogs(&dialogs);
-        for (const WindowCommand& c : WindowCommandRegistry::instance().commands())
-            if (c.context == "scope" && c.text == "Save As bmp...") c.run(*view);
+        windowCommandOf("scope", "Save As bmp...").run(*view);
         setFileDialogs(previous);
-        QCOMPARE(dialogs.asked.defaultName, QString("Scope.bmp"));
+        QCOMPARE(dialogs.asked().defaultName, QString("Scope.bmp"));
         QImage written(m_dir.filePath("picture.bmp"));
         QVERIFY(!written.isNull());
         QCOMPARE(written.convertToFormat(QImage::Format_RGB32), view->picture().convertToFormat(QImage::Format_RGB32));
