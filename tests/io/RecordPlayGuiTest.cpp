@@ -4,18 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QTest>
-#include <chrono>
 #include <cmath>
-#include <thread>
 
 #include "document/AudioRate.h"
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "io/CWaveIn.h"
 #include "io/SimulatedWaveDevice.h"
-#include "tests/io/TestShots.h"
+#include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
 #include "view/CKestruneView.h"
 #include "view/CRecordPlay.h"
 #include "view/ViewCommands.h"
@@ -28,31 +26,11 @@ using Op = SimulatedWaveDriver::Op;
 
 bool isBlack(QRgb c) { return qRed(c) < 60 && qGreen(c) < 60 && qBlue(c) < 60; }
 
-// Runs the event loop until `done` holds (the engines' drawing is queued).
-template <typename Pred>
-bool waitFor(Pred done, int timeoutMs = 5000) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
-
 void fillTone(CKestruneDoc& doc, double rateHz, double seconds) {
-    CChannel& ch = doc.channel(0);
-    ch.m_name = "Audio";
-    ch.m_audio = 1;
-    ch.m_inUse = 1;
-    ch.m_rateHz = rateHz;
-    ASSERT_TRUE(ch.m_samples.resize(static_cast<std::size_t>(rateHz * seconds)));
-    for (std::size_t i = 0; i < ch.m_samples.size(); ++i) ch.m_samples[i] = static_cast<std::int16_t>(i % 20000);
-    ch.setSampleCountFromBlock();
-    ch.resetDisplayToWhole();
+    ASSERT_NO_THROW(test::fillChannel(
+        doc, 0, "Audio", rateHz, static_cast<std::size_t>(rateHz * seconds),
+        [](std::size_t i) { return static_cast<std::int16_t>(i % 20000); }, true));
     doc.setChannelCount(1);
-    doc.setHoldsData(true);
 }
 
 class RecordPlayGui : public ::testing::Test {
@@ -77,11 +55,12 @@ protected:
     // Starts a recording and waits for timer 1.
     void startRecording() {
         m_feature->record();
-        ASSERT_TRUE(waitFor([&] { return m_feature->recording(); }));
+        ASSERT_TRUE(test::waitFor([&] { return m_feature->recording(); }));
     }
     void completeCaptureBuffer(int expectedColumns) {
         ASSERT_TRUE(m_sim->completeInputBuffer());
-        ASSERT_TRUE(waitFor([&] { return m_sim->queuedInputBuffers() == 2 && m_columnsSeen() >= expectedColumns; }));
+        ASSERT_TRUE(
+            test::waitFor([&] { return m_sim->queuedInputBuffers() == 2 && m_columnsSeen() >= expectedColumns; }));
     }
     // Black pixels in column x of the view.
     int blackInColumn(const QImage& img, int x) {
@@ -115,7 +94,7 @@ TEST_F(RecordPlayGui, RecordsWholeBuffersIntoTheRecordedFileChannel) {
     completeCaptureBuffer(2);
     completeCaptureBuffer(3);
     const QImage recordingShot = shot();
-    test::saveShot(recordingShot, "sonmetra_recording");
+    test::shoot(recordingShot, "sonmetra_recording");
     // Three strip-chart columns of ±16000 at x = 0, 1, 2: a quarter of the
     // height each way, one pixel more below from the first sample's widening.
     const int y = static_cast<int>(16000 * (m_view->clientRect().height() / 65536.0));
@@ -147,7 +126,7 @@ TEST_F(RecordPlayGui, RecordsWholeBuffersIntoTheRecordedFileChannel) {
     EXPECT_EQ(ch.m_samples[0], -16000);
     // The view shows the new channel's trace.
     const QImage after = shot();
-    test::saveShot(after, "sonmetra_recorded");
+    test::shoot(after, "sonmetra_recorded");
     EXPECT_GT(blackInColumn(after, m_view->traceArea().center().x()), 10);
 }
 
@@ -194,7 +173,7 @@ TEST_F(RecordPlayGui, WithoutSoundDevicesNothingBreaks) {
     startRecording();
     EXPECT_EQ(m_messages.texts(), std::vector<std::string>{"No Sound Device"});
     const QImage banner = shot();
-    test::saveShot(banner, "sonmetra_no_device");
+    test::shoot(banner, "sonmetra_no_device");
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(200, 100));
     EXPECT_FALSE(m_feature->recording());
     EXPECT_FALSE(m_doc.holdsData());
@@ -213,13 +192,13 @@ TEST_F(RecordPlayGui, PlayAllStreamsAndMovesTheCursorAcrossTheTraceArea) {
     ASSERT_TRUE(m_sim->outputOpen());
     EXPECT_FALSE(m_sim->outputPaused());
     ASSERT_TRUE(m_sim->completeOutputBuffer());
-    ASSERT_TRUE(waitFor([&] { return m_feature->display().cursorShown(); }));
+    ASSERT_TRUE(test::waitFor([&] { return m_feature->display().cursorShown(); }));
 
     // One inverted column at L + (R - L) / (16000 / 1638).
     const QRect trace = m_view->traceArea();
     const int expectedX = trace.left() + static_cast<int>((trace.width()) / (16000.0 / 1638.0));
     const QImage playing = shot();
-    test::saveShot(playing, "sonmetra_play_cursor");
+    test::shoot(playing, "sonmetra_play_cursor");
     int inverted = 0;
     for (int y = trace.top(); y < trace.bottom() - 30; ++y) inverted += isBlack(playing.pixel(expectedX, y)) ? 1 : 0;
     EXPECT_GT(inverted, (trace.height() - 30) / 2) << "no cursor at x " << expectedX;
@@ -227,9 +206,9 @@ TEST_F(RecordPlayGui, PlayAllStreamsAndMovesTheCursorAcrossTheTraceArea) {
     for (int guard = 0; guard < 40 && m_sim->outputOpen(); ++guard) {
         const std::size_t written = m_sim->writtenBytes().size();
         if (!m_sim->completeOutputBuffer()) break;
-        waitFor([&] { return !m_sim->outputOpen() || m_sim->writtenBytes().size() > written; });
+        test::waitFor([&] { return !m_sim->outputOpen() || m_sim->writtenBytes().size() > written; });
     }
-    ASSERT_TRUE(waitFor([&] { return !m_sim->outputOpen() && !m_feature->display().cursorShown(); }));
+    ASSERT_TRUE(test::waitFor([&] { return !m_sim->outputOpen() && !m_feature->display().cursorShown(); }));
     // 16000 samples fill 9.77 buffers: the 10th holds the tail and ends in
     // silence; playback ends when the silent 11th has been played, and the
     // 12th, silent too, is cut short by the pause.
@@ -372,11 +351,3 @@ TEST_F(RecordPlayGui, StopEndsPlaybackAndKeepsWhatWasRecorded) {
 }
 
 }  // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -14,7 +14,8 @@
 #include "document/CKestruneDoc.h"
 #include "document/MessageService.h"
 #include "tests/io/PulseFixture.h"
-#include "tests/io/TestShots.h"
+#include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
 #include "view/CKestruneView.h"
 #include "view/CRecordPlay.h"
 
@@ -28,37 +29,20 @@ void spin(int ms) {
     while (clock.elapsed() < ms) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
 }
 
-template <typename Pred>
-bool spinUntil(Pred done, int timeoutMs) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
-}
-
 // A document of one audio channel of noise that has no zero sample, so that
 // in a recording of the silent monitor each playback is one run of nonzero
 // samples.
 void fillNoise(CKestruneDoc& doc, double seconds) {
-    CChannel& ch = doc.channel(0);
-    ch.m_name = "Audio";
-    ch.m_audio = 1;
-    ch.m_inUse = 1;
-    ch.m_rateHz = 44100.0;
-    ASSERT_TRUE(ch.m_samples.resize(static_cast<std::size_t>(seconds * 44100)));
     std::uint32_t state = 777;
-    for (std::size_t i = 0; i < ch.m_samples.size(); ++i) {
-        state = state * 1664525u + 1013904223u;
-        const auto v = static_cast<std::int16_t>(static_cast<std::int32_t>(state >> 16) % 24000 - 12000);
-        ch.m_samples[i] = v == 0 ? std::int16_t{1} : v;
-    }
-    ch.setSampleCountFromBlock();
-    ch.resetDisplayToWhole();
+    ASSERT_NO_THROW(test::fillChannel(
+        doc, 0, "Audio", 44100.0, static_cast<std::size_t>(seconds * 44100),
+        [&state](std::size_t) {
+            state = state * 1664525u + 1013904223u;
+            const auto v = static_cast<std::int16_t>(static_cast<std::int32_t>(state >> 16) % 24000 - 12000);
+            return v == 0 ? std::int16_t{1} : v;
+        },
+        true));
     doc.setChannelCount(1);
-    doc.setHoldsData(true);
 }
 
 // The runs of nonzero samples of a recording, as (first, count).
@@ -105,7 +89,7 @@ TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
     ASSERT_TRUE(recorder && longPlayer && shortPlayer);
 
     recorder->record();
-    ASSERT_TRUE(spinUntil([&] { return recorder->recording(); }, 5000));
+    ASSERT_TRUE(test::waitFor([&] { return recorder->recording(); }, 5000));
     spin(1500);  // a new capture stream takes a moment to deliver
 
     struct Stretch {
@@ -116,7 +100,7 @@ TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
     // Play All: streamed, 2 s.
     longPlayer->playAll();
     expected.push_back({0, ch.m_samples.size()});
-    ASSERT_TRUE(spinUntil([&] { return !longPlayer->playing(); }, 15000));
+    ASSERT_TRUE(test::waitFor([&] { return !longPlayer->playing(); }, 15000));
     spin(400);
     // Play Selection: 0.3 s from 0.5 s.
     longDoc.channel(0).m_selStartSample = 22050.0;
@@ -124,14 +108,14 @@ TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
     longView.setSelectionPresent(true);
     longPlayer->playSelection();
     expected.push_back({22050, 13230});
-    ASSERT_TRUE(spinUntil([&] { return !longPlayer->playing(); }, 15000));
+    ASSERT_TRUE(test::waitFor([&] { return !longPlayer->playing(); }, 15000));
     spin(400);
     // Play Window: the displayed 0.375 s from 1.2 s.
     longDoc.channel(0).m_viewStartSample = 52920.0;
     longDoc.channel(0).m_viewEndSample = 52920.0 + 16537.0;
     longPlayer->playWindow();
     expected.push_back({52920, 16537});
-    ASSERT_TRUE(spinUntil([&] { return !longPlayer->playing(); }, 15000));
+    ASSERT_TRUE(test::waitFor([&] { return !longPlayer->playing(); }, 15000));
     spin(400);
     // Play All of a short document: one buffer, which the device plays out.
     shortPlayer->playAll();
@@ -140,7 +124,7 @@ TEST(RecordPlayThroughPulse, EachPlayCommandSoundsExactlyItsSamples) {
     QTest::mouseClick(&recordingView, Qt::LeftButton, {}, QPoint(250, 120));
     ASSERT_FALSE(recorder->recording());
     EXPECT_TRUE(messages.texts().empty()) << messages.lastText();
-    test::saveShot(recordingView.grab().toImage(), "sonmetra_pulse_recorded");
+    test::shoot(recordingView.grab().toImage(), "sonmetra_pulse_recorded");
 
     const CChannel& rec = recordedDoc.channel(0);
     EXPECT_EQ(rec.m_name, "Recorded file");
