@@ -7,6 +7,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QImage>
@@ -14,6 +16,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProcess>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -45,6 +48,11 @@ void whenModal(std::function<void(T*)> answer) {
         }
     });
     timer->start();
+}
+
+// Clicks the standard button `which` of the dialog's button box.
+inline void press(QDialog* dialog, QDialogButtonBox::StandardButton which) {
+    dialog->findChild<QDialogButtonBox*>()->button(which)->click();
 }
 
 // Runs the event loop until done() holds, at most timeoutMs; whether it came

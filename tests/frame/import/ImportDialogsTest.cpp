@@ -1,6 +1,6 @@
 // The import dialogs and Export Channel As, driven offscreen as a user would:
-// rows picked, values typed, buttons clicked. With SONMETRA_SCREENSHOTS set
-// to a folder, each dialog is also saved there as a PNG for a look.
+// rows picked, values typed, buttons clicked. With SONMETRA_SHOTS set to a
+// folder, each dialog is also saved there as a PNG for a look.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -17,17 +17,12 @@
 #include "document/MessageService.h"
 #include "frame/ExportChannel.h"
 #include "frame/ImportDialogs.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/FileDialogs.h"
 
-namespace {
+using namespace sonmetra::test;
 
-// Runs action on the modal dialog once it is shown.
-void whenModalShown(std::function<void(QDialog*)> action) {
-    QTimer::singleShot(0, [action] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog) action(dialog);
-    });
-}
+namespace {
 
 QAbstractButton* buttonWithText(QDialog* dialog, const QString& text) {
     for (QAbstractButton* b : dialog->findChildren<QAbstractButton*>())
@@ -50,21 +45,8 @@ void lookAt(QWidget* w, const QString& name) {
     for (int y = 0; y < image.height() && !varied; y += 3)
         for (int x = 0; x < image.width() && !varied; x += 3) varied = image.pixel(x, y) != image.pixel(0, 0);
     QVERIFY2(varied, qPrintable(name + " drew nothing"));
-    const QByteArray dir = qgetenv("SONMETRA_SCREENSHOTS");
-    if (!dir.isEmpty()) image.save(QString::fromLocal8Bit(dir) + "/" + name + ".png");
+    shoot(image, name);
 }
-
-class AnsweringFileDialogs : public IFileDialogs {
-public:
-    QString path;
-    FileDialogRequest request;
-    int asked = 0;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& r) override {
-        ++asked;
-        request = r;
-        return FileDialogAnswer{path, 1};
-    }
-};
 
 }  // namespace
 
@@ -90,13 +72,13 @@ void ImportDialogsTest::channelSelectionOffersTheRealCount() {
 
 void ImportDialogsTest::channelSelectionAnswers() {
     CImportDialogs dialogs;
-    whenModalShown([](QDialog* d) {
+    whenModal<QDialog>([](QDialog* d) {
         d->findChild<QListWidget*>()->setCurrentRow(2);
         buttonWithText(d, "OK")->click();
     });
     QCOMPARE(dialogs.chooseChannel(4), 2);
 
-    whenModalShown([](QDialog* d) { buttonWithText(d, "Cancel")->click(); });
+    whenModal<QDialog>([](QDialog* d) { buttonWithText(d, "Cancel")->click(); });
     QCOMPARE(dialogs.chooseChannel(4), -1);
 }
 
@@ -127,7 +109,7 @@ void ImportDialogsTest::genericDialogDefaultsAndLabels() {
 void ImportDialogsTest::genericDialogAnswers() {
     CImportDialogs dialogs;
     sonmetra::GenericFileSettings settings;
-    whenModalShown([](QDialog* d) {
+    whenModal<QDialog>([](QDialog* d) {
         auto* dialog = qobject_cast<CGenericFileDialog*>(d);
         dialog->headerBox()->setValue(128);
         dialog->rateBox()->setValue(22050);
@@ -142,7 +124,7 @@ void ImportDialogsTest::genericDialogAnswers() {
     QVERIFY(!settings.lowByteFirst);
 
     // Cancel leaves the settings as they were, and the dialog starts from them.
-    whenModalShown([](QDialog* d) {
+    whenModal<QDialog>([](QDialog* d) {
         auto* dialog = qobject_cast<CGenericFileDialog*>(d);
         QCOMPARE(dialog->headerBox()->value(), 128);
         dialog->headerBox()->setValue(4);
@@ -175,7 +157,7 @@ void ImportDialogsTest::exportWritesTheChosenChannelWhole() {
     AnsweringFileDialogs files;
     files.path = QDir::temp().filePath("sonmetra-export-test.wav");
     IFileDialogs* previous = setFileDialogs(&files);
-    whenModalShown([](QDialog* d) {
+    whenModal<QDialog>([](QDialog* d) {
         QCOMPARE(d->windowTitle(), QString("Data Channel Select"));
         auto* list = d->findChild<QListWidget*>();
         QCOMPARE(rows(list), (QStringList{"Audio", "EMG"}));
@@ -186,11 +168,11 @@ void ImportDialogsTest::exportWritesTheChosenChannelWhole() {
     exportChannelAs(nullptr, doc);
     setFileDialogs(previous);
 
-    QCOMPARE(files.asked, 1);
-    QCOMPARE(files.request.title, QString("Save a Data Channel As"));
-    QCOMPARE(files.request.defaultName, QString("Channel of session.kvd"));
-    QCOMPARE(files.request.filters, QStringList{"Wave files (*.wav)"});
-    QVERIFY(files.request.save);
+    QCOMPARE(files.requests.size(), 1);
+    QCOMPARE(files.asked().title, QString("Save a Data Channel As"));
+    QCOMPARE(files.asked().defaultName, QString("Channel of session.kvd"));
+    QCOMPARE(files.asked().filters, QStringList{"Wave files (*.wav)"});
+    QVERIFY(files.asked().save);
 
     QFile written(files.path);
     QVERIFY(written.open(QIODevice::ReadOnly));
@@ -202,11 +184,11 @@ void ImportDialogsTest::exportWritesTheChosenChannelWhole() {
     QVERIFY(messages.texts().empty());
 
     // Cancel in the channel dialog asks for no file name.
-    whenModalShown([](QDialog* d) { buttonWithText(d, "Cancel")->click(); });
+    whenModal<QDialog>([](QDialog* d) { buttonWithText(d, "Cancel")->click(); });
     setFileDialogs(&files);
     exportChannelAs(nullptr, doc);
     setFileDialogs(previous);
-    QCOMPARE(files.asked, 1);
+    QCOMPARE(files.requests.size(), 1);
 }
 
 QTEST_MAIN(ImportDialogsTest)

@@ -1,9 +1,8 @@
 // File > Import Labels and Export Labels driven through the main frame's
 // menu, offscreen, with the file dialogs and message boxes answered: the
 // tier dialog's choices, the view and the label list after an import,
-// Undo, a damaged file, and the exported file. With SONMETRA_SCREENSHOTS
-// set to a folder, the view with imported labels and both dialogs are
-// saved there.
+// Undo, a damaged file, and the exported file. With SONMETRA_SHOTS set to
+// a folder, the view with imported labels and both dialogs are saved there.
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -28,6 +27,7 @@
 #include "frame/CMainFrame.h"
 #include "frame/LabelFileDialogs.h"
 #include "log/CDatatbl5.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/CFormLabelView.h"
 #include "view/CFrameLabelView.h"
@@ -37,54 +37,9 @@
 #include "view/LabelController.h"
 
 using namespace sonmetra;
+using namespace sonmetra::test;
 
 namespace {
-
-class AnsweringFileDialogs : public IFileDialogs {
-public:
-    QString path;
-    int filterIndex = 1;
-    QList<FileDialogRequest> requests;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& r) override {
-        requests.push_back(r);
-        if (path.isEmpty()) return std::nullopt;
-        return FileDialogAnswer{path, filterIndex};
-    }
-};
-
-QAction* findAction(QMenuBar* bar, const QString& menuTitle, const QString& text) {
-    for (QAction* top : bar->actions()) {
-        if (top->text() != menuTitle || !top->menu()) continue;
-        emit top->menu()->aboutToShow();
-        for (QAction* a : top->menu()->actions())
-            if (a->text() == text) return a;
-    }
-    return nullptr;
-}
-
-// Runs action on the modal dialog of type T once it is up.
-template <class T>
-void whenModal(std::function<void(T*)> action) {
-    auto* timer = new QTimer;
-    timer->setInterval(5);
-    QObject::connect(timer, &QTimer::timeout, [timer, action] {
-        if (auto* d = qobject_cast<T*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
-            action(d);
-        }
-    });
-    timer->start();
-}
-
-void press(QDialog* dialog, QDialogButtonBox::StandardButton which) {
-    dialog->findChild<QDialogButtonBox*>()->button(which)->click();
-}
-
-void shoot(QWidget* w, const QString& name) {
-    const QString folder = qEnvironmentVariable("SONMETRA_SCREENSHOTS");
-    if (!folder.isEmpty()) w->grab().save(folder + "/" + name + ".png");
-}
 
 std::vector<std::pair<double, std::string>> labelsOf(const CChannel& c) {
     std::vector<std::pair<double, std::string>> v;
@@ -106,8 +61,7 @@ class LabelFileMenuTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path());
+        keepSettingsIn(m_dir.path());
         AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
         registerEditCommands();
         registerLabelCommands();

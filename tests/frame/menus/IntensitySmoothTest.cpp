@@ -3,7 +3,7 @@
 // boxes and file dialogs answered: the contours and their offset, the
 // failure texts, Smooth's question with each answer and its Undo, the grid
 // dialog's round trip through the configuration file, and the contour drawn
-// over the demo recording. With SONMETRA_SCREENSHOTS set to a folder, the
+// over the demo recording. With SONMETRA_SHOTS set to a folder, the
 // frame with the contours and the dialog are saved there.
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -33,10 +33,6 @@ using namespace menutest;
 
 namespace {
 
-void press(QDialog* dialog, QDialogButtonBox::StandardButton which) {
-    dialog->findChild<QDialogButtonBox*>()->button(which)->click();
-}
-
 // Pixels of the contour's blue inside a strip of the view's picture.
 int contourPixels(const QImage& image, const QRect& strip) {
     int n = 0;
@@ -55,8 +51,7 @@ class IntensitySmoothTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path());
+        keepSettingsIn(m_dir.path());
         AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
         CKestruneApp::registerFeatures();
         setMessageService(&m_messages);

@@ -3,7 +3,7 @@
 // for (enabled alike in every state, running the same command), buttons
 // following another kind of window in front, the bundled icons at two pixel
 // ratios, and the toolbar and status window shown again from any window's
-// View menu. With SONMETRA_SCREENSHOTS set to a folder, the frame with its
+// View menu. With SONMETRA_SHOTS set to a folder, the frame with its
 // toolbar is saved there.
 #include <QLabel>
 #include <QMdiArea>
@@ -47,8 +47,7 @@ class MainToolBarTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_dir.path());
+        keepSettingsIn(m_dir.path());
         AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
         m_config.setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
         AppServices::instance().config = &m_config;
