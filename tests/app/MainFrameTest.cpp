@@ -23,6 +23,7 @@
 #include "frame/CommandMenus.h"
 #include "frame/DocumentCommands.h"
 #include "frame/HelpPages.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
 #include "view/EditCommands.h"
@@ -30,16 +31,9 @@
 #include "view/TimeBase.h"
 
 using namespace sonmetra;
+using namespace sonmetra::test;
 
 namespace {
-
-class ScriptedFileDialogs : public IFileDialogs {
-public:
-    QList<std::optional<FileDialogAnswer>> answers;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest&) override {
-        return answers.isEmpty() ? std::nullopt : answers.takeFirst();
-    }
-};
 
 QByteArray head(const QString& path, int n) {
     QFile f(path);
@@ -56,8 +50,7 @@ class MainFrameTest : public QObject {
 
 private slots:
     void initTestCase() {
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+        keepSettingsIn(m_settingsDir.path());
         setMessageService(&m_messages);
         setFileDialogs(&m_dialogs);
         AppServices::instance().workingFolder = m_work.path().toStdString();

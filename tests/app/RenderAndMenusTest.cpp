@@ -7,7 +7,6 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -15,33 +14,16 @@
 #include "document/MessageService.h"
 #include "frame/CMainFrame.h"
 #include "frame/CommandMenus.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/WindowCommands.h"
 
 namespace {
 
-QMenu* visibleMenu(QMenuBar* bar, const QString& title) {
-    for (QAction* top : bar->actions())
-        if (top->text() == title && top->isVisible() && top->menu()) return top->menu();
-    return nullptr;
-}
+using namespace sonmetra::test;
 
-struct RenderRun {
-    int exitCode = -1;
-    QString errors;
-};
-
-RenderRun render(const QTemporaryDir& home, const QStringList& arguments) {
-    QProcess process;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("HOME", home.path());
-    env.insert("XDG_CONFIG_HOME", home.path() + "/config");
-    env.remove("DISPLAY");
-    process.setProcessEnvironment(env);
-    process.setWorkingDirectory(home.path());
-    process.start(SONMETRA_BIN, QStringList{"--render"} + arguments);
-    if (!process.waitForFinished(60000)) return {};
-    return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardError())};
+ProgramRun render(const QTemporaryDir& home, const QStringList& arguments) {
+    return runProgram(SONMETRA_BIN, QStringList{"--render"} + arguments, home);
 }
 
 }  // namespace
@@ -69,7 +51,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&frame));
         frame.newDocument();
         QCOMPARE(frame.commandMenus()->activeContext(), QString());
-        QVERIFY(visibleMenu(frame.menuBar(), "&Label") != nullptr);
+        QVERIFY(shownMenu(frame.menuBar(), "&Label") != nullptr);
         QAction* probeAction = frame.commandMenus()->action("probe", "Probe");
         QVERIFY(probeAction != nullptr);
         QVERIFY(!probeAction->isEnabled());
@@ -81,8 +63,8 @@ private slots:
         window->show();
         frame.mdiArea()->setActiveSubWindow(window);
         QCOMPARE(frame.commandMenus()->activeContext(), QString("probe"));
-        QVERIFY(visibleMenu(frame.menuBar(), "&Label") == nullptr);
-        QMenu* view = visibleMenu(frame.menuBar(), "&View");
+        QVERIFY(shownMenu(frame.menuBar(), "&Label") == nullptr);
+        QMenu* view = shownMenu(frame.menuBar(), "&View");
         QVERIFY(view != nullptr);
         QVERIFY(view->actions().contains(probeAction));
         QVERIFY(probeAction->isEnabled());
@@ -96,7 +78,7 @@ private slots:
     void renderWritesTheWindowsPicture() {
         QTemporaryDir home;
         const QString png = home.filePath("selection.png");
-        RenderRun run =
+        ProgramRun run =
             render(home, {"waveform", SONMETRA_DEMO, "-o", png, "--size", "640x480", "--from", "1000", "--to", "2000"});
         QCOMPARE(run.exitCode, 0);
         QVERIFY2(run.errors.isEmpty(), qPrintable(run.errors));
@@ -134,7 +116,7 @@ private slots:
             {{"waveform", SONMETRA_DEMO, "-o", out, "--size", "big"}, "is not of the form WxH"},
         };
         for (const auto& c : cases) {
-            const RenderRun run = render(home, c.arguments);
+            const ProgramRun run = render(home, c.arguments);
             QCOMPARE(run.exitCode, 1);
             QVERIFY2(run.errors.contains(c.message), qPrintable(run.errors));
         }

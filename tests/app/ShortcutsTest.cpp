@@ -20,6 +20,7 @@
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
 #include "frame/CommandMenus.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
 #include "view/FileDialogs.h"
@@ -27,13 +28,9 @@
 #include "view/WindowCommands.h"
 
 using namespace sonmetra;
+using namespace sonmetra::test;
 
 namespace {
-
-class NoFileDialogs : public IFileDialogs {
-public:
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest&) override { return std::nullopt; }
-};
 
 void collect(const QList<QAction*>& actions, QList<QAction*>& into) {
     for (QAction* a : actions) {
@@ -71,8 +68,7 @@ class ShortcutsTest : public QObject {
 private slots:
     void initTestCase() {
         // Recent files and the configuration record go to folders of the test.
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+        keepSettingsIn(m_settingsDir.path());
         AppServices::instance().workingFolder = m_work.path().toStdString();
         AppServices::instance().tempFolder = m_work.path().toStdString() + "/";
         setMessageService(&m_messages);
@@ -183,7 +179,7 @@ private:
     QTemporaryDir m_settingsDir;
     QTemporaryDir m_work;
     RecordingMessageService m_messages;
-    NoFileDialogs m_dialogs;
+    ScriptedFileDialogs m_dialogs;  // no answers: every file dialog is cancelled
 };
 
 QTEST_MAIN(ShortcutsTest)

@@ -21,43 +21,19 @@
 #include "frame/AboutDialog.h"
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/FileDialogs.h"
 
 using namespace sonmetra;
-
-namespace {
-
-// Answers file dialogs from a queue, recording each request.
-class ScriptedFileDialogs : public IFileDialogs {
-public:
-    QList<FileDialogRequest> requests;
-    QList<std::optional<FileDialogAnswer>> answers;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& r) override {
-        requests.push_back(r);
-        return answers.isEmpty() ? std::nullopt : answers.takeFirst();
-    }
-};
-
-QAction* findAction(QMenuBar* bar, const QString& menuTitle, const QString& text) {
-    for (QAction* top : bar->actions()) {
-        if (top->text() != menuTitle || !top->menu()) continue;
-        emit top->menu()->aboutToShow();
-        for (QAction* a : top->menu()->actions())
-            if (a->text() == text) return a;
-    }
-    return nullptr;
-}
-
-}  // namespace
+using namespace sonmetra::test;
 
 class StartupTest : public QObject {
     Q_OBJECT
 
 private slots:
     void initTestCase() {
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_settingsDir.path());
+        keepSettingsIn(m_settingsDir.path());
         QCoreApplication::setOrganizationName("Melvarco");
         QCoreApplication::setApplicationName("Sonmetra");
         setMessageService(&m_messages);
