@@ -4,7 +4,6 @@
 // option says, and the selection highlight where the screen shows it.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QFile>
 #include <QImage>
 #include <QPrinter>
@@ -171,10 +170,4 @@ TEST(PrintTest, TheSelectionIsHighlightedWhereTheScreenShowsIt) {
     for (int y = 0; y < screen.height(); ++y)
         if (isHighlight(screen.pixel(x, y))) screenBottom = y;
     EXPECT_NEAR(screenBottom, page.doc->channel(2).m_strip.bottom - 1, 1.0);
-}
-
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
 }

@@ -3,32 +3,17 @@
 
 #include <cmath>
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "document/CKestruneDoc.h"
+#include "tests/support/TestDocument.h"
 
 namespace synthetic {
 
-// Fills channel slot `index` with `count` samples of f(i) at `rateHz`.
-inline void fillChannel(sonmetra::CKestruneDoc& doc, int index, const std::string& name, double rateHz,
-                        std::size_t count, const std::function<std::int16_t(std::size_t)>& f, bool audio = false) {
-    sonmetra::CChannel& ch = doc.channel(index);
-    ch.m_name = name;
-    ch.m_rateHz = rateHz;
-    ch.m_audio = audio ? 1 : 0;
-    ch.m_inUse = 1;
-    ch.m_bitsPerSample = 16;
-    if (!ch.m_samples.resize(count)) throw std::bad_alloc();
-    std::int16_t* p = ch.m_samples.data();
-    for (std::size_t i = 0; i < count; ++i) p[i] = f(i);
-    ch.setSampleCountFromBlock();
-    ch.resetDisplayToWhole();
-    if (doc.channelCount() <= index) doc.setChannelCount(index + 1);
-    doc.setHoldsData(true);
-}
+// fillChannel(doc, index, name, rateHz, count, f, audio): slot `index` holds
+// f(0), f(1), ... at rateHz.
+using sonmetra::test::fillChannel;
 
 inline std::int16_t sine(std::size_t i, double rateHz, double hz, double amplitude) {
     return static_cast<std::int16_t>(

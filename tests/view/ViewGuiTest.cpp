@@ -22,6 +22,7 @@
 #include "frame/CursorDurationBar.h"
 #include "frame/DisplayOptionDialog.h"
 #include "frame/ViewPrinting.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/AppServices.h"
 #include "view/CKestruneView.h"
 #include "view/FileDialogs.h"
@@ -432,31 +433,20 @@ TEST(ViewGuiTest, PrintingDrawsThePageAtThePrintSize) {
     EXPECT_FALSE(bytes.contains("/Subtype /Image"));
 }
 
-namespace {
-struct ScriptedFileDialogs : IFileDialogs {
-    QString answer;
-    FileDialogRequest asked;
-    std::optional<FileDialogAnswer> ask(QWidget*, const FileDialogRequest& request) override {
-        asked = request;
-        return FileDialogAnswer{answer, 1};
-    }
-};
-}  // namespace
-
 TEST(ViewGuiTest, ScreenDumpIsTakenAfterTheMenuClosesAndAsksForAName) {
     Fixture f(demo());
     QTemporaryDir dir;
-    ScriptedFileDialogs dialogs;
-    dialogs.answer = dir.filePath("dump.bmp");
+    sonmetra::test::AnsweringFileDialogs dialogs;
+    dialogs.path = dir.filePath("dump.bmp");
     IFileDialogs* previous = setFileDialogs(&dialogs);
     saveScreenAsBitmapCommand(*f.view);
     // Nothing happens until the one-shot timer has fired.
-    EXPECT_TRUE(dialogs.asked.title.isEmpty());
+    EXPECT_TRUE(dialogs.asked().title.isEmpty());
     QTest::qWait(600);
     setFileDialogs(previous);
-    EXPECT_EQ(dialogs.asked.defaultName, "ScreenDump.bmp");
-    EXPECT_EQ(dialogs.asked.filters, QStringList{"Bitmap files (*.bmp)"});
-    const QImage dump(dialogs.answer);
+    EXPECT_EQ(dialogs.asked().defaultName, "ScreenDump.bmp");
+    EXPECT_EQ(dialogs.asked().filters, QStringList{"Bitmap files (*.bmp)"});
+    const QImage dump(dialogs.path);
     ASSERT_FALSE(dump.isNull());
     EXPECT_GE(dump.width(), f.view->width());
 }
@@ -466,14 +456,14 @@ TEST(ViewGuiTest, ScreenDumpIsTakenAfterTheMenuClosesAndAsksForAName) {
 TEST(ViewGuiTest, SaveAsBmpNeverProposesOrWritesTheDocumentsName) {
     Fixture f(demo());
     QTemporaryDir dir;
-    ScriptedFileDialogs dialogs;
-    dialogs.answer = dir.filePath("demo.kvd");
+    sonmetra::test::AnsweringFileDialogs dialogs;
+    dialogs.path = dir.filePath("demo.kvd");
     IFileDialogs* previous = setFileDialogs(&dialogs);
     saveViewAsBitmapCommand(*f.view);
     setFileDialogs(previous);
-    EXPECT_EQ(dialogs.asked.defaultName, bitmapFileName(QString::fromStdString(f.view->document()->title())));
-    EXPECT_TRUE(dialogs.asked.defaultName.endsWith(".bmp"));
-    EXPECT_EQ(dialogs.asked.defaultSuffix, "bmp");
+    EXPECT_EQ(dialogs.asked().defaultName, bitmapFileName(QString::fromStdString(f.view->document()->title())));
+    EXPECT_TRUE(dialogs.asked().defaultName.endsWith(".bmp"));
+    EXPECT_EQ(dialogs.asked().defaultSuffix, "bmp");
     // A name typed with another extension gets ".bmp": the document is never touched.
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("demo.kvd")));
     EXPECT_FALSE(QImage(dir.filePath("demo.kvd.bmp")).isNull());
@@ -560,12 +550,4 @@ TEST(ViewGuiTest, HighDpiLayersAreInDevicePixels) {
         }
     }
     EXPECT_GT(differing, 50);
-}
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM",
-            qgetenv("QT_QPA_PLATFORM").isEmpty() ? QByteArray("offscreen") : qgetenv("QT_QPA_PLATFORM"));
-    QApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
 }
