@@ -13,14 +13,9 @@
 namespace sonmetra {
 namespace {
 
-using test::fillDocument;
-using test::labelTimes;
-using test::makeLabel;
-using test::samplesOf;
-using test::selectSamples;
-using test::valueOf;
+using namespace test;
 
-using EditOperationsTest = test::EditFixture;
+using EditOperationsTest = EditFixture;
 
 TEST_F(EditOperationsTest, CutRemovesRangeOnEveryChannelAndMovesLabelAtCutEnd) {
     CKestruneDoc doc;
@@ -85,7 +80,7 @@ TEST_F(EditOperationsTest, PasteAtCursorZeroPutsClipboardInFrontAndMovesLabels) 
     CKestruneDoc doc;
     fillDocument(doc, 2, 5);
     doc.channel(1).m_labels = {makeLabel(0, "first"), makeLabel(4, "last")};
-    test::placeCursor(doc, 0);
+    placeCursor(doc, 0);
 
     EXPECT_EQ(pasteClipboard(doc, m_clipboard, m_undo, false), PasteOutcome::Inserted);
 

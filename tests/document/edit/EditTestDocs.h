@@ -14,6 +14,7 @@
 #include "document/EditClipboard.h"
 #include "document/EditOperations.h"
 #include "document/MessageService.h"
+#include "tests/support/TestDocument.h"
 
 namespace sonmetra::test {
 
@@ -29,20 +30,10 @@ inline CLabel makeLabel(double timeMs, const std::string& text) {
 // `channels` channels of `samples` samples each at rateHz.
 inline void fillDocument(CKestruneDoc& doc, int channels, int samples, double rateHz = 1000.0) {
     doc.clearChannels();
-    for (int ch = 0; ch < channels; ++ch) {
-        CChannel& c = doc.channel(ch);
-        c.m_inUse = 1;
-        c.m_audio = ch == 0 ? 1 : 0;
-        c.m_rateHz = rateHz;
-        c.m_name = "ch" + std::to_string(ch + 1);
-        EXPECT_TRUE(c.m_samples.resize(static_cast<std::size_t>(samples)));
-        for (int i = 0; i < samples; ++i) c.m_samples[static_cast<std::size_t>(i)] = valueOf(ch, i);
-        c.m_sampleCount = samples;
-        c.m_durationMs = samples * 1000.0 / rateHz;
-        c.resetDisplayToWhole();
-    }
-    doc.setChannelCount(channels);
-    doc.setHoldsData(true);
+    for (int ch = 0; ch < channels; ++ch)
+        EXPECT_NO_THROW(fillChannel(
+            doc, ch, "ch" + std::to_string(ch + 1), rateHz, static_cast<std::size_t>(samples),
+            [ch](std::size_t i) { return valueOf(ch, static_cast<int>(i)); }, ch == 0));
 }
 
 // Sets the same selection [startSample, endSample) on every channel.

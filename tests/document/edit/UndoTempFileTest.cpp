@@ -14,13 +14,9 @@
 namespace sonmetra {
 namespace {
 
-using test::fillDocument;
-using test::labelTimes;
-using test::makeLabel;
-using test::samplesOf;
-using test::selectSamples;
+using namespace test;
 
-using UndoTempFileTest = test::EditFixture;
+using UndoTempFileTest = EditFixture;
 
 TEST_F(UndoTempFileTest, TempFileIsNamedAfterTheDocumentInTheFolder) {
     EXPECT_EQ(UndoTempFile::pathFor("/w/tmp/", "voice.kvd"), "/w/tmp/voice.kvd@@tmp");
