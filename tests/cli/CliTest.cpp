@@ -1,12 +1,10 @@
 // sonmetra-cli as a user runs it: outputs, exit codes and messages.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <zlib.h>
 
 #include <bit>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -16,32 +14,16 @@
 #include "../document/TestFiles.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
+#include "tests/support/CommandRun.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
 
 namespace {
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-Result run(const std::string& args, const TempDir& dir) {
-    const std::string errFile = dir.file("stderr.txt");
-    // A command that hangs fails (exit 124) instead of stopping the tests.
-    const std::string command = "timeout 60 " + std::string(SONMETRA_CLI) + " " + args + " 2>" + errFile;
-    std::FILE* pipe = popen(command.c_str(), "r");
-    Result r{-1, {}, {}};
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
-    const int status = pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    const auto err = readBytes(errFile);
-    r.err.assign(err.begin(), err.end());
-    return r;
+// A command that hangs fails (exit 124) instead of stopping the tests.
+CommandRun run(const std::string& args, const TempDir& dir) {
+    return runCommand("timeout 60 " + std::string(SONMETRA_CLI) + " " + args, dir.file("stderr.txt"));
 }
 
 class CliTest : public ::testing::Test {
@@ -62,7 +44,7 @@ protected:
 }  // namespace
 
 TEST_F(CliTest, InfoDescribesEveryChannel) {
-    const Result r = run("info " + sample, dir);
+    const CommandRun r = run("info " + sample, dir);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("\"reader\": \"RVM_PC\""), std::string::npos);
     EXPECT_NE(r.out.find("\"name\": \"Airflow\", \"units\": \"ml/s\", \"audio\": 0, \"rate\": 1102.5"),
@@ -78,19 +60,19 @@ TEST_F(CliTest, SamplesPrintsTheChosenChannel) {
     CKestruneDoc doc;
     DefaultImportDialogs dialogs;
     ASSERT_TRUE(openDocument(doc, sample, dialogs));
-    const Result r = run("samples " + sample + " --channel 3", dir);
+    const CommandRun r = run("samples " + sample + " --channel 3", dir);
     ASSERT_EQ(r.status, 0);
     std::string expected;
     for (std::int16_t s : doc.channel(2).m_samples) expected += std::to_string(s) + "\n";
     EXPECT_EQ(r.out, expected);
     // Default: the audio channel.
-    const Result audio = run("samples " + sample, dir);
+    const CommandRun audio = run("samples " + sample, dir);
     EXPECT_EQ(audio.out.substr(0, audio.out.find('\n')), std::to_string(doc.channel(0).m_samples[0]));
 }
 
 TEST_F(CliTest, ConvertWritesTheSelectionAsSaveSelectionAsDoes) {
     const std::string out = dir.file("part.kvd");
-    const Result r = run("convert " + sample + " " + out + " --from-ms 100 --to-ms 250.5", dir);
+    const CommandRun r = run("convert " + sample + " " + out + " --from-ms 100 --to-ms 250.5", dir);
     ASSERT_EQ(r.status, 0) << r.err;
 
     CKestruneDoc doc;
@@ -106,32 +88,32 @@ TEST_F(CliTest, ConvertWritesTheSelectionAsSaveSelectionAsDoes) {
     ASSERT_TRUE(doc.saveSelectionAs(dir.file("expected.kvd")));
     EXPECT_EQ(readBytes(out), readBytes(dir.file("expected.kvd")));
 
-    const Result whole = run("convert " + sample + " " + dir.file("whole.kvd"), dir);
+    const CommandRun whole = run("convert " + sample + " " + dir.file("whole.kvd"), dir);
     ASSERT_EQ(whole.status, 0);
     EXPECT_EQ(readBytes(dir.file("whole.kvd")), readBytes(sample));
 
-    const Result wav = run("convert " + sample + " " + dir.file("ch2.wav") + " --channel 2", dir);
+    const CommandRun wav = run("convert " + sample + " " + dir.file("ch2.wav") + " --channel 2", dir);
     ASSERT_EQ(wav.status, 0);
     EXPECT_EQ(readBytes(dir.file("ch2.wav")).size(), 44u + 2 * 441);
 }
 
 TEST_F(CliTest, FailuresShowTheWorkstationsMessageAndBadUsageExitsTwo) {
     writeBytes(dir.file("junk.bin"), std::vector<std::uint8_t>(100, 0xff));
-    const Result junk = run("info " + dir.file("junk.bin"), dir);
+    const CommandRun junk = run("info " + dir.file("junk.bin"), dir);
     EXPECT_EQ(junk.status, 1);
     EXPECT_EQ(junk.err, "Wrong file type.\n");
 
     writeBytes(dir.file("empty.kvd"), {});
     EXPECT_EQ(run("info " + dir.file("empty.kvd"), dir).err, "The file has zero length.\n");
 
-    const Result missing = run("info " + dir.file("missing.kvd"), dir);
+    const CommandRun missing = run("info " + dir.file("missing.kvd"), dir);
     EXPECT_EQ(missing.status, 1);
     EXPECT_NE(missing.err.find("Cannot open the file"), std::string::npos);
 
     for (const std::string& bad : {std::string("frobnicate ") + sample, std::string("info"),
                                    "samples " + sample + " --channel 9", "samples " + sample + " --channel x",
                                    "convert " + sample + " out.txt", "convert " + sample + " o.kvd --from-ms 5"}) {
-        const Result r = run(bad, dir);
+        const CommandRun r = run(bad, dir);
         EXPECT_EQ(r.status, 2) << bad;
         EXPECT_NE(r.err.find("usage: sonmetra-cli"), std::string::npos) << bad;
     }
@@ -143,7 +125,7 @@ TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
     const std::string words = dir.file("words.txt");
     const std::string text = "the quick brown fox\njumps over the lazy dog\n";
     writeBytes(words, std::vector<std::uint8_t>(text.begin(), text.end()));
-    const Result r = run("info " + words + " --raw-rate 8000", dir);
+    const CommandRun r = run("info " + words + " --raw-rate 8000", dir);
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err,
               "The file is not a pure ascii file. Make sure that this file does not contain and header and does not "
@@ -159,13 +141,13 @@ TEST_F(CliTest, FilesOfTheWrongKindGetTheirMessage) {
         mpeg.push_back(static_cast<std::uint8_t>(state >> 24));
     }
     writeBytes(dir.file("noise.mp3"), mpeg);
-    const Result noise = run("info " + dir.file("noise.mp3"), dir);
+    const CommandRun noise = run("info " + dir.file("noise.mp3"), dir);
     EXPECT_EQ(noise.status, 1);
     EXPECT_EQ(noise.err, "Wrong file type.\n");
 
     const std::string fifo = dir.file("f.wav");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    const Result pipe = run("info " + fifo, dir);
+    const CommandRun pipe = run("info " + fifo, dir);
     EXPECT_EQ(pipe.status, 1);
     EXPECT_EQ(pipe.err, "Cannot open the file '" + fifo + "':\nit is a pipe (FIFO), not a regular file\n");
 }
@@ -191,7 +173,7 @@ TEST_F(CliTest, InfoIsValidJsonForNonFiniteNumbersAndEightBitText) {
     const std::string path = dir.file("odd.kvd");
     ASSERT_TRUE(doc.saveAs(path, 1));
 
-    const Result r = run("info " + path, dir);
+    const CommandRun r = run("info " + path, dir);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("\"name\": \"D\xc3\xa9"
                          "bit \xc2\xab"
@@ -240,12 +222,12 @@ TEST_F(CliTest, AnalysesRefuseARateOutsideTheRangeAndSayWhatIsWrong) {
         for (const std::string& command :
              {"intensity " + path, "pitch " + path, "spectrum " + path + " --at-ms 100", "lpc " + path + " --at-ms 100",
               "spectrogram " + path + " --columns 10 --points 16"}) {
-            const Result r = run(command, dir);
+            const CommandRun r = run(command, dir);
             EXPECT_EQ(r.status, 1) << command << " at " << what;
             EXPECT_EQ(r.err, message) << command;
             EXPECT_TRUE(r.out.empty()) << command;
         }
-        const Result info = run("info " + path, dir);
+        const CommandRun info = run("info " + path, dir);
         EXPECT_EQ(info.status, 0) << what;
         EXPECT_TRUE(info.err.empty()) << info.err;
         // The other channels, at their own rates, are analysed as usual.
@@ -260,7 +242,7 @@ TEST_F(CliTest, IntensityRefusesAContourOfCountlessSums) {
     fillSampleDocument(doc);
     const std::string path = dir.file("sample.kvd");
     ASSERT_TRUE(doc.saveAs(path, 1));
-    const Result r = run("intensity " + path + " --window-ms 200 --step-ms 0.0002", dir);
+    const CommandRun r = run("intensity " + path + " --window-ms 200 --step-ms 0.0002", dir);
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err,
               "The intensity contour of channel 1 (Audio) would sum 2.2e+09 samples (a window of 200 ms every 0.0002 "
@@ -332,14 +314,14 @@ Picture readPng(const std::vector<std::uint8_t>& b) {
 
 TEST_F(CliTest, SpectrogramWritesItsLevelsAsTableNumPyArrayAndPicture) {
     const std::string args = "spectrogram " + sample + " --columns 40 --points 16 --formants";
-    const Result table = run(args, dir);
+    const CommandRun table = run(args, dir);
     ASSERT_EQ(table.status, 0) << table.err;
     const auto levels = levelTable(table.out);
     ASSERT_EQ(levels.size(), 40u);
     ASSERT_EQ(levels[0].size(), 16u);
 
     // The array: float32, shape (columns, points), each level the float nearest its double.
-    const Result files = run(args + " --npy " + dir.file("l.npy") + " --png " + dir.file("l.png"), dir);
+    const CommandRun files = run(args + " --npy " + dir.file("l.npy") + " --png " + dir.file("l.png"), dir);
     ASSERT_EQ(files.status, 0) << files.err;
     EXPECT_TRUE(files.out.empty());
     const auto npy = readBytes(dir.file("l.npy"));
@@ -396,23 +378,23 @@ TEST_F(CliTest, SpectrogramWritesItsLevelsAsTableNumPyArrayAndPicture) {
         const std::string wide =
             "spectrogram " + sample +
             (colour ? " --columns 9000 --points 100 --formants" : " --columns 21000 --points 110") + " --output table";
-        const Result picture = run(wide + " --png " + dir.file("w.png"), dir);
+        const CommandRun picture = run(wide + " --png " + dir.file("w.png"), dir);
         ASSERT_EQ(picture.status, 0) << picture.err;
         expectPicture(readPng(readBytes(dir.file("w.png"))), levelTable(picture.out), colour);
     }
 
-    const Result none = run(args + " --output none", dir);
+    const CommandRun none = run(args + " --output none", dir);
     EXPECT_EQ(none.status, 0);
     EXPECT_TRUE(none.out.empty());
-    const Result both = run(args + " --output table --npy " + dir.file("m.npy"), dir);
+    const CommandRun both = run(args + " --output table --npy " + dir.file("m.npy"), dir);
     EXPECT_EQ(both.out, table.out);
     EXPECT_EQ(readBytes(dir.file("m.npy")), npy);
 
-    const Result bad = run(args + " --output csv", dir);
+    const CommandRun bad = run(args + " --output csv", dir);
     EXPECT_EQ(bad.status, 2);
     EXPECT_NE(bad.err.find("--output takes table or none"), std::string::npos);
     for (const char* option : {" --npy ", " --png "}) {
-        const Result unwritable = run(args + option + dir.file("no/such/folder.out"), dir);
+        const CommandRun unwritable = run(args + option + dir.file("no/such/folder.out"), dir);
         EXPECT_EQ(unwritable.status, 1) << option;
         EXPECT_EQ(unwritable.err, "Error in save operation.\n") << option;
     }

@@ -1,40 +1,22 @@
 // sonmetra-cli's labels command and its corpus runs, as a user runs them:
 // files written, exit codes and the messages on standard error.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 
 #include "../document/TestFiles.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
+#include "tests/support/CommandRun.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
 
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string out;
-    std::string err;
-};
-
-CliRun cli(const std::string& args, const TempDir& dir, const std::string& prefix = std::string()) {
-    const std::string errFile = dir.file("stderr.txt");
-    const std::string command = prefix + std::string(SONMETRA_CLI) + " " + args + " 2>" + errFile;
-    CliRun r;
-    std::FILE* pipe = popen(command.c_str(), "r");
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
-    const int status = pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    const auto err = readBytes(errFile);
-    r.err.assign(err.begin(), err.end());
-    return r;
+CommandRun cli(const std::string& args, const TempDir& dir, const std::string& prefix = std::string()) {
+    return runCommand(prefix + std::string(SONMETRA_CLI) + " " + args, dir.file("stderr.txt"));
 }
 
 std::string text(const std::string& path) {
@@ -64,7 +46,7 @@ protected:
 }  // namespace
 
 TEST_F(LabelsCorpusTest, ExportAndImportLabels) {
-    CliRun r = cli("labels export " + sample + " " + dir.file("s.txt"), dir);
+    CommandRun r = cli("labels export " + sample + " " + dir.file("s.txt"), dir);
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(text(dir.file("s.txt")),
               "0\t0\tlabel at 0\n0.1\t0.1\tlabel at 100\n0.2505\t0.2505\tlabel at 250\n0.4\t0.4\tlabel at 400\n");
@@ -103,7 +85,7 @@ TEST_F(LabelsCorpusTest, BadLabelFilesAndUsage) {
         dir.file("cut.TextGrid"),
         "File type = \"ooTextFile\"\nObject class = \"TextGrid\"\n0\n1\n<exists>\n1\n\"TextTier\"\n\"p\"\n0\n1\n2\n"
         "0.1\n\"a\"\n");
-    CliRun r = cli("labels import " + sample + " " + dir.file("cut.TextGrid") + " -o " + dir.file("out.kvd"), dir);
+    CommandRun r = cli("labels import " + sample + " " + dir.file("cut.TextGrid") + " -o " + dir.file("out.kvd"), dir);
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err,
               "'cut.TextGrid' cannot be read as a TextGrid:\nthe file ends in tier 1 \"p\" after 1 of its 2 "
@@ -126,11 +108,11 @@ TEST_F(LabelsCorpusTest, CorpusRunGoesOnPastABadFile) {
     const std::string inputs = sample + " " + dir.file("broken.kvd") + " " + dir.file("second.kvd");
     const std::string results = dir.file("results");
 
-    CliRun r = cli("pitch " + inputs + " --method autocorrelation --out-dir " + results, dir);
+    CommandRun r = cli("pitch " + inputs + " --method autocorrelation --out-dir " + results, dir);
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, dir.file("broken.kvd") + ": Wrong file type.\n1 of 3 inputs failed.\n");
     for (const char* name : {"sample", "second"}) {
-        const CliRun single = cli(std::string("pitch ") + dir.file(name) + ".kvd --method autocorrelation", dir);
+        const CommandRun single = cli(std::string("pitch ") + dir.file(name) + ".kvd --method autocorrelation", dir);
         EXPECT_EQ(text(results + "/" + name + ".tsv"), single.out) << name;
     }
     EXPECT_FALSE(std::filesystem::exists(results + "/broken.tsv"));
@@ -157,7 +139,7 @@ TEST_F(LabelsCorpusTest, CorpusRunGoesOnPastABadFile) {
 TEST_F(LabelsCorpusTest, CorpusRunUsage) {
     std::filesystem::create_directory(dir.file("other"));
     std::filesystem::copy_file(sample, dir.file("other/sample.kvd"));
-    CliRun r = cli("pitch " + sample + " " + dir.file("other/sample.kvd") + " --out-dir " + dir.file("r"), dir);
+    CommandRun r = cli("pitch " + sample + " " + dir.file("other/sample.kvd") + " --out-dir " + dir.file("r"), dir);
     EXPECT_EQ(r.status, 2);
     EXPECT_NE(r.err.find("would both write sample.tsv"), std::string::npos) << r.err;
     EXPECT_FALSE(std::filesystem::exists(dir.file("r")));
@@ -170,7 +152,7 @@ TEST_F(LabelsCorpusTest, CorpusRunUsage) {
 // On a terminal the run shows its progress on standard error ("script"
 // gives the tool a terminal).
 TEST_F(LabelsCorpusTest, ProgressBarOnATerminal) {
-    const CliRun ok =
+    const CommandRun ok =
         cli("intensity " + sample + " --out-dir " + dir.file("r") + "\" /dev/null", dir, "script -qec \"");
     EXPECT_EQ(ok.status, 0);
     EXPECT_NE(ok.out.find("] 0/1 sample.kvd"), std::string::npos) << ok.out;

@@ -2,9 +2,7 @@
 // prints, the trace of its transfers, the document it records, its messages
 // and exit codes. The settings folder is the test's own.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -14,34 +12,19 @@
 #include "document/CKestruneDoc.h"
 #include "document/DocumentOpener.h"
 #include "document/MessageService.h"
+#include "tests/support/CommandRun.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
 
 namespace {
 
-struct Result {
-    int status;
-    std::string out;
-    std::string err;
-};
-
 class UnitCliTest : public ::testing::Test {
 protected:
-    Result run(const std::string& args) {
-        const std::string errFile = dir.file("stderr.txt");
-        const std::string command = "env -u SONMETRA_UNIT XDG_CONFIG_HOME=" + dir.path().string() + " " + SONMETRA_CLI +
-                                    " " + args + " 2>" + errFile;
-        std::FILE* pipe = popen(command.c_str(), "r");
-        Result r{-1, {}, {}};
-        char buf[4096];
-        std::size_t n;
-        while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
-        const int status = pclose(pipe);
-        r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        const auto err = readBytes(errFile);
-        r.err.assign(err.begin(), err.end());
-        return r;
+    CommandRun run(const std::string& args) {
+        return runCommand(
+            "env -u SONMETRA_UNIT XDG_CONFIG_HOME=" + dir.path().string() + " " + SONMETRA_CLI + " " + args,
+            dir.file("stderr.txt"));
     }
     std::vector<std::string> trace() const {
         std::ifstream in(dir.file("trace.txt"));
@@ -63,7 +46,7 @@ const char* kWrongSource =
 
 TEST_F(UnitCliTest, IdentifyPrintsTheSizeAndTracesOneRequest) {
     for (const int size : {5, 9, 13, 16}) {
-        const Result r = run("unit identify --unit simulated:" + std::to_string(size) + traceOption());
+        const CommandRun r = run("unit identify --unit simulated:" + std::to_string(size) + traceOption());
         EXPECT_EQ(r.status, 0) << r.err;
         EXPECT_EQ(r.out, std::to_string(size) + "\n");
         EXPECT_EQ(trace(), std::vector<std::string>{"control in request=0xB7 value=0 index=64 length=64"});
@@ -74,7 +57,7 @@ TEST_F(UnitCliTest, IdentifyWithoutAUnitPrintsMinusOneAndSaysWhy) {
     // The settings name an id that no device has.
     std::filesystem::create_directories(dir.path() / "Melvarco");
     std::ofstream(dir.path() / "Melvarco" / "Sonmetra.conf") << "[UsbUnit]\nRvm-0=1209:7fff\n";
-    const Result r = run("unit identify --unit usb" + traceOption());
+    const CommandRun r = run("unit identify --unit usb" + traceOption());
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "-1\n");
     EXPECT_NE(r.err.find("1209:7fff"), std::string::npos) << r.err;
@@ -90,18 +73,19 @@ TEST_F(UnitCliTest, TheDeviceNameAndIdsComeFromTheWorkstationsSettings) {
     std::ofstream(dir.path() / "Melvarco" / "Sonmetra.conf")
         << "[General%20Strings%20Section]\nTemp%20Directory=" << dir.path().string()
         << "\n\n[UsbUnit]\nEzusb-0=1209:7ffd\nSimulated=0\n";
-    const Result r = run("unit identify");
+    const CommandRun r = run("unit identify");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "-1\n");
     EXPECT_NE(r.err.find("USB unit Ezusb-0 (1209:7ffd) at \\\\.\\Ezusb-0"), std::string::npos) << r.err;
     // --unit chooses the simulated unit over the settings.
-    const Result simulated = run("unit identify --unit simulated:5");
+    const CommandRun simulated = run("unit identify --unit simulated:5");
     EXPECT_EQ(simulated.out, "5\n");
 }
 
 TEST_F(UnitCliTest, RecordWritesEveryInputOfTheRowAtItsRate) {
     const std::string out = dir.file("unit.kvd");
-    const Result r = run("unit record " + out + " --ms 1500 --mux 2 --source Line --unit simulated:5" + traceOption());
+    const CommandRun r =
+        run("unit record " + out + " --ms 1500 --mux 2 --source Line --unit simulated:5" + traceOption());
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.out,
               "channel\tname\trate_hz\tsamples\n1\tAudio\t11000\t16500\n2\tch1\t11000\t16500\n"
@@ -131,7 +115,7 @@ TEST_F(UnitCliTest, PlaySendsTheAudioChannelInBlocks) {
     fillSampleDocument(doc);  // audio at 11025 Hz
     const std::string file = dir.file("sample.kvd");
     ASSERT_TRUE(doc.saveAs(file, 1));
-    const Result r = run("unit play " + file + " --unit simulated:9" + traceOption());
+    const CommandRun r = run("unit play " + file + " --unit simulated:9" + traceOption());
     ASSERT_EQ(r.status, 0) << r.err;
     const auto lines = trace();
     ASSERT_GE(lines.size(), 2u);
@@ -146,7 +130,7 @@ TEST_F(UnitCliTest, PlaySendsTheAudioChannelInBlocks) {
 
 TEST_F(UnitCliTest, RefusalsShowTheirMessagesAndExitOne) {
     const std::string out = dir.file("never.kvd");
-    Result r = run("unit record " + out + " --ms 100 --mux 3 --unit simulated:9" + traceOption());
+    CommandRun r = run("unit record " + out + " --ms 100 --mux 3 --unit simulated:9" + traceOption());
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "Unknown multiplex type.\n");
     EXPECT_EQ(trace(), std::vector<std::string>{"control in request=0xB7 value=0 index=64 length=64"});

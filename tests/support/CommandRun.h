@@ -1,0 +1,37 @@
+// A shell command run the way a user or a script runs it, for the tests of
+// the command-line program: its exit status and both of its outputs. No Qt.
+#pragma once
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace sonmetra::test {
+
+// How a command ended: its exit status (-1 when it did not exit normally)
+// and what it wrote to standard output and to standard error.
+struct CommandRun {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs `command` through the shell with its standard error sent to errFile,
+// which is read back afterwards.
+inline CommandRun runCommand(const std::string& command, const std::string& errFile) {
+    CommandRun r;
+    std::FILE* pipe = popen((command + " 2>" + errFile).c_str(), "r");
+    char buf[4096];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
+    const int status = pclose(pipe);
+    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::ifstream err(errFile, std::ios::binary);
+    r.err.assign(std::istreambuf_iterator<char>(err), std::istreambuf_iterator<char>());
+    return r;
+}
+
+}  // namespace sonmetra::test
