@@ -13,6 +13,7 @@
 
 #include "document/CKestruneDoc.h"
 #include "document/EditClipboard.h"
+#include "document/MessageService.h"
 #include "frame/IntensitySmoothCommands.h"
 #include "frame/PitchOptionDialog.h"
 #include "tests/support/GuiTestSupport.h"
@@ -117,6 +118,22 @@ struct Services : ScopedConfig {
         s.clipboard = nullptr;
         s.tempFolder.clear();
     }
+};
+
+// What every pitch test function starts from: a configuration record and
+// clipboard of its own, no messages yet, and a voice document of `stretches`.
+class PitchTest : public QObject {
+protected:
+    void start(const std::vector<Stretch>& stretches) {
+        m_services = std::make_unique<Services>();
+        m_messages.clear();
+        m_doc = voiceDocument(stretches);
+    }
+
+    sonmetra::RecordingMessageService m_messages;
+    sonmetra::ScopedMessageService m_scoped{&m_messages};
+    std::unique_ptr<Services> m_services;
+    std::shared_ptr<sonmetra::CKestruneDoc> m_doc;
 };
 
 }  // namespace pitchtest

@@ -67,15 +67,11 @@ QImage renderInProcess(sonmetra::CKestruneDoc& doc, QSize size, std::optional<do
 
 }  // namespace
 
-class PitchPictureTest : public QObject {
+class PitchPictureTest : public PitchTest {
     Q_OBJECT
 private slots:
     void initTestCase() { registerFeatures(); }
-    void init() {
-        m_services = std::make_unique<Services>();
-        m_messages.clear();
-        m_doc = voiceDocument({{1000, 150}, {1000, 300}});
-    }
+    void init() { start({{1000, 150}, {1000, 300}}); }
     void cleanup() {
         m_doc.reset();
         m_services.reset();
@@ -329,12 +325,6 @@ private slots:
         QVERIFY2(errors.contains("Error in Pitch routine"), qPrintable(errors));
         QVERIFY(!QFile::exists(out));
     }
-
-private:
-    sonmetra::RecordingMessageService m_messages;
-    sonmetra::ScopedMessageService m_scoped{&m_messages};
-    std::unique_ptr<Services> m_services;
-    std::shared_ptr<sonmetra::CKestruneDoc> m_doc;
 };
 
 QTEST_MAIN(PitchPictureTest)

@@ -52,16 +52,13 @@ bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
 
 }  // namespace
 
-class PitchWindowTest : public QObject {
+class PitchWindowTest : public PitchTest {
     Q_OBJECT
 private slots:
     void initTestCase() { registerFeatures(); }
 
     void init() {
-        m_services = std::make_unique<Services>();
-        m_messages.clear();
-        // 0.6 s at 150 Hz, 0.2 s of silence, 0.6 s at 300 Hz.
-        m_doc = voiceDocument({{600, 150}, {200, 0}, {600, 300}});
+        start({{600, 150}, {200, 0}, {600, 300}});  // 0.6 s at 150 Hz, 0.2 s of silence, 0.6 s at 300 Hz
         m_view = std::make_unique<CKestruneView>(m_doc.get());
         m_view->resize(800, 300);
         m_view->show();
@@ -355,10 +352,6 @@ private slots:
     }
 
 private:
-    sonmetra::RecordingMessageService m_messages;
-    sonmetra::ScopedMessageService m_scoped{&m_messages};
-    std::unique_ptr<Services> m_services;
-    std::shared_ptr<sonmetra::CKestruneDoc> m_doc;
     std::unique_ptr<CKestruneView> m_view;
 };
 
