@@ -165,6 +165,12 @@ inline void keepSettingsIn(const QString& folder) {
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder);
 }
 
+// The program's QSettings and its temporary files go to `folder`.
+inline void keepFilesIn(const QString& folder) {
+    keepSettingsIn(folder);
+    AppServices::instance().tempFolder = folder.toStdString() + "/";
+}
+
 // The configuration record in force while the object lives, kept in a
 // temporary folder of its own (SonmetraConf.cfg there), so that what the
 // program writes to it never reaches the user's.

@@ -61,8 +61,7 @@ class LabelFileMenuTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        keepSettingsIn(m_dir.path());
-        AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
+        keepFilesIn(m_dir.path());
         registerEditCommands();
         registerLabelCommands();
         setMessageService(&m_messages);

@@ -51,8 +51,7 @@ class IntensitySmoothTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        keepSettingsIn(m_dir.path());
-        AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
+        keepFilesIn(m_dir.path());
         CKestruneApp::registerFeatures();
         setMessageService(&m_messages);
         setFileDialogs(&m_dialogs);

@@ -47,8 +47,7 @@ class MainToolBarTest : public QObject {
 private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
-        keepSettingsIn(m_dir.path());
-        AppServices::instance().tempFolder = m_dir.path().toStdString() + "/";
+        keepFilesIn(m_dir.path());
         m_config.setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
         AppServices::instance().config = &m_config;
         auto& windows = WindowCommandRegistry::instance();
