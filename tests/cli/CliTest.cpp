@@ -26,20 +26,7 @@ CommandRun run(const std::string& args, const TempDir& dir) {
     return runCommand("timeout 60 " + std::string(SONMETRA_CLI) + " " + args, dir.file("stderr.txt"));
 }
 
-class CliTest : public ::testing::Test {
-protected:
-    TempDir dir;
-    RecordingMessageService messages;
-    ScopedMessageService install{&messages};
-    std::string sample;
-
-    void SetUp() override {
-        CKestruneDoc doc;
-        fillSampleDocument(doc);
-        sample = dir.file("sample.kvd");
-        ASSERT_TRUE(doc.saveAs(sample, 1));
-    }
-};
+class CliTest : public SampleFileTest {};
 
 }  // namespace
 

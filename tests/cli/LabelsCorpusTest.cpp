@@ -28,20 +28,7 @@ void writeText(const std::string& path, const std::string& t) {
     writeBytes(path, std::vector<std::uint8_t>(t.begin(), t.end()));
 }
 
-class LabelsCorpusTest : public ::testing::Test {
-protected:
-    TempDir dir;
-    RecordingMessageService messages;
-    ScopedMessageService install{&messages};
-    std::string sample;
-
-    void SetUp() override {
-        CKestruneDoc doc;
-        fillSampleDocument(doc);  // four labels on the audio channel
-        sample = dir.file("sample.kvd");
-        ASSERT_TRUE(doc.saveAs(sample, 1));
-    }
-};
+class LabelsCorpusTest : public SampleFileTest {};  // four labels on the audio channel
 
 }  // namespace
 

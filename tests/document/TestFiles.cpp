@@ -92,6 +92,13 @@ void fillSampleDocument(CKestruneDoc& doc) {
     doc.setHoldsData(true);
 }
 
+void SampleFileTest::SetUp() {
+    CKestruneDoc doc;
+    fillSampleDocument(doc);
+    sample = dir.file("sample.kvd");
+    ASSERT_TRUE(doc.saveAs(sample, 1));
+}
+
 bool returnsWithin(const std::function<void()>& action, const std::string& fifoPath, int timeoutMs) {
     auto done = std::async(std::launch::async, action);
     if (done.wait_for(std::chrono::milliseconds(timeoutMs)) == std::future_status::ready) return true;

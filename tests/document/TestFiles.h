@@ -1,6 +1,9 @@
-// Helpers for the document tests: temporary folders, files as bytes, and a
-// small multi-channel document with labels.
+// Helpers for the document tests: temporary folders, files as bytes, a
+// small multi-channel document with labels, and a test that starts with that
+// document saved in a folder of its own.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -9,6 +12,7 @@
 #include <vector>
 
 #include "document/CKestruneDoc.h"
+#include "document/MessageService.h"
 
 namespace sonmetra::test {
 
@@ -36,5 +40,17 @@ void fillChannel(CChannel& c, double rateHz, std::size_t samples, int seed);
 // not, the FIFO at fifoPath is opened for writing and closed, which ends a
 // read that waits on it, so that a failing test still ends.
 bool returnsWithin(const std::function<void()>& action, const std::string& fifoPath, int timeoutMs = 5000);
+
+// A test whose folder `dir` holds `sample`, the sample document saved as
+// sample.kvd, with the messages shown kept in `messages`.
+class SampleFileTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+
+    TempDir dir;
+    RecordingMessageService messages;
+    ScopedMessageService install{&messages};
+    std::string sample;
+};
 
 }  // namespace sonmetra::test
