@@ -51,17 +51,11 @@ class MainFrameTest : public QObject {
 private slots:
     void initTestCase() {
         keepSettingsIn(m_settingsDir.path());
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
         AppServices::instance().workingFolder = m_work.path().toStdString();
         AppServices::instance().tempFolder = m_work.path().toStdString() + "/";
         registerEditCommands();
     }
-    void cleanupTestCase() {
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
-        AppServices::instance() = AppServices{};
-    }
+    void cleanupTestCase() { AppServices::instance() = AppServices{}; }
     void init() {
         m_messages.clear();
         m_dialogs.answers.clear();
@@ -245,6 +239,8 @@ private:
     QTemporaryDir m_work;
     RecordingMessageService m_messages;
     ScriptedFileDialogs m_dialogs;
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(MainFrameTest)

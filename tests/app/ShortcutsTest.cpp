@@ -71,15 +71,9 @@ private slots:
         keepSettingsIn(m_settingsDir.path());
         AppServices::instance().workingFolder = m_work.path().toStdString();
         AppServices::instance().tempFolder = m_work.path().toStdString() + "/";
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
         CKestruneApp::registerFeatures();
     }
-    void cleanupTestCase() {
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
-        AppServices::instance() = AppServices{};
-    }
+    void cleanupTestCase() { AppServices::instance() = AppServices{}; }
 
     void everyKeyIsUniqueInItsContextAndReachesItsEntry() {
         CMainFrame frame;
@@ -180,6 +174,8 @@ private:
     QTemporaryDir m_work;
     RecordingMessageService m_messages;
     ScriptedFileDialogs m_dialogs;  // no answers: every file dialog is cancelled
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(ShortcutsTest)

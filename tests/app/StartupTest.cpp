@@ -36,13 +36,7 @@ private slots:
         keepSettingsIn(m_settingsDir.path());
         QCoreApplication::setOrganizationName("Melvarco");
         QCoreApplication::setApplicationName("Sonmetra");
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
         AppServices::instance().workingFolder = m_work.path().toStdString();
-    }
-    void cleanupTestCase() {
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
     }
     void init() {
         m_messages.clear();
@@ -264,6 +258,8 @@ private:
     QTemporaryDir m_work;
     RecordingMessageService m_messages;
     ScriptedFileDialogs m_dialogs;
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(StartupTest)

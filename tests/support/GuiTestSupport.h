@@ -127,6 +127,17 @@ inline QAction* findAction(QMenuBar* bar, const QString& title, const QString& t
     return nullptr;
 }
 
+// The program's file dialogs are `dialogs` while the object lives.
+class ScopedFileDialogs {
+public:
+    explicit ScopedFileDialogs(IFileDialogs* dialogs) : m_previous(setFileDialogs(dialogs)) {}
+    ~ScopedFileDialogs() { setFileDialogs(m_previous); }
+    Q_DISABLE_COPY(ScopedFileDialogs)
+
+private:
+    IFileDialogs* m_previous;
+};
+
 // Answers file dialogs from a queue (none left: cancelled), keeping each request.
 class ScriptedFileDialogs : public IFileDialogs {
 public:
@@ -182,8 +193,7 @@ struct ScopedConfig {
         AppServices::instance().config = &config;
     }
     ~ScopedConfig() { AppServices::instance().config = nullptr; }
-    ScopedConfig(const ScopedConfig&) = delete;
-    ScopedConfig& operator=(const ScopedConfig&) = delete;
+    Q_DISABLE_COPY(ScopedConfig)
 };
 
 // How a run of a program ended: whether it did within a minute, its exit

@@ -64,12 +64,6 @@ private slots:
         keepFilesIn(m_dir.path());
         registerEditCommands();
         registerLabelCommands();
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
-    }
-    void cleanupTestCase() {
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
     }
     void init() {
         m_messages.clear();
@@ -235,6 +229,8 @@ private:
     QString m_docPath;
     RecordingMessageService m_messages;
     AnsweringFileDialogs m_dialogs;
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(LabelFileMenuTest)

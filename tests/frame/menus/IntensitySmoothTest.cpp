@@ -53,14 +53,8 @@ private slots:
         QVERIFY(m_dir.isValid());
         keepFilesIn(m_dir.path());
         CKestruneApp::registerFeatures();
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
     }
-    void cleanupTestCase() {
-        AppServices::instance().config = nullptr;
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
-    }
+    void cleanupTestCase() { AppServices::instance().config = nullptr; }
     void init() {
         m_config = std::make_unique<AppConfig>();
         m_config->setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
@@ -353,6 +347,8 @@ private:
     QTemporaryDir m_dir;
     RecordingMessageService m_messages;
     ScriptedFileDialogs m_dialogs;
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
     std::unique_ptr<AppConfig> m_config;
 };
 

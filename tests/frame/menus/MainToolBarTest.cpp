@@ -57,16 +57,10 @@ private slots:
             kPlotContext, "&Edit", "&Copy\tCtrl+C", "", 10, [](QLabel&) {}, [](const QLabel&) { return false; }));
         windows.add(windowCommand<QLabel>(kPlayContext, "&Play", "Play All", "", 10, [](QLabel&) {}));
         CKestruneApp::registerFeatures();
-        setMessageService(&m_messages);
-        setFileDialogs(&m_dialogs);
         m_demo = m_dir.filePath("demo.kvd");
         QVERIFY(QFile::copy(SONMETRA_DEMO, m_demo));
     }
-    void cleanupTestCase() {
-        AppServices::instance().config = nullptr;
-        setMessageService(nullptr);
-        setFileDialogs(nullptr);
-    }
+    void cleanupTestCase() { AppServices::instance().config = nullptr; }
 
     void buttonsStandForTheirMenuEntries() {
         CMainFrame frame;
@@ -248,6 +242,8 @@ private:
     AppConfig m_config;
     RecordingMessageService m_messages;
     ScriptedFileDialogs m_dialogs;
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(MainToolBarTest)
