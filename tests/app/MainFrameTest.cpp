@@ -45,7 +45,7 @@ QString shownTitle(const QWidget& w) { return w.windowHandle() ? w.windowHandle(
 
 }  // namespace
 
-class MainFrameTest : public QObject {
+class MainFrameTest : public AnsweringTest<ScriptedFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -237,10 +237,6 @@ private slots:
 private:
     QTemporaryDir m_settingsDir;
     QTemporaryDir m_work;
-    RecordingMessageService m_messages;
-    ScriptedFileDialogs m_dialogs;
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(MainFrameTest)

@@ -62,7 +62,8 @@ QMdiSubWindow* addWindow(QMdiArea* area, const QString& context) {
 
 }  // namespace
 
-class ShortcutsTest : public QObject {
+// No answers are scripted: every file dialog is cancelled.
+class ShortcutsTest : public AnsweringTest<ScriptedFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -172,10 +173,6 @@ private slots:
 private:
     QTemporaryDir m_settingsDir;
     QTemporaryDir m_work;
-    RecordingMessageService m_messages;
-    ScriptedFileDialogs m_dialogs;  // no answers: every file dialog is cancelled
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(ShortcutsTest)

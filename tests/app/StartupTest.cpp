@@ -28,7 +28,7 @@
 using namespace sonmetra;
 using namespace sonmetra::test;
 
-class StartupTest : public QObject {
+class StartupTest : public AnsweringTest<ScriptedFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -256,10 +256,6 @@ private slots:
 private:
     QTemporaryDir m_settingsDir;
     QTemporaryDir m_work;
-    RecordingMessageService m_messages;
-    ScriptedFileDialogs m_dialogs;
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(StartupTest)

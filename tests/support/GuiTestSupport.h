@@ -27,6 +27,7 @@
 #include <thread>
 
 #include "document/AppConfig.h"
+#include "document/MessageService.h"
 #include "view/AppServices.h"
 #include "view/FileDialogs.h"
 #include "view/ViewCommands.h"
@@ -168,6 +169,21 @@ public:
         for (const FileDialogRequest& r : requests) t << r.title;
         return t;
     }
+};
+
+// The base of a test that stands in for the user: what the program shows is
+// kept in m_messages, and its file dialogs are m_dialogs (a
+// ScriptedFileDialogs or AnsweringFileDialogs), both in force while the test
+// object lives.
+template <class Dialogs>
+class AnsweringTest : public QObject {
+protected:
+    RecordingMessageService m_messages;
+    Dialogs m_dialogs;
+
+private:
+    ScopedMessageService m_messagesInForce{&m_messages};
+    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 // The program's QSettings go to INI files in `folder`, away from the user's own.

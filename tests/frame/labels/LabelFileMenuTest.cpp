@@ -55,7 +55,7 @@ const char kGrid[] =
 
 }  // namespace
 
-class LabelFileMenuTest : public QObject {
+class LabelFileMenuTest : public AnsweringTest<AnsweringFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -227,10 +227,6 @@ private:
 
     QTemporaryDir m_dir;
     QString m_docPath;
-    RecordingMessageService m_messages;
-    AnsweringFileDialogs m_dialogs;
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(LabelFileMenuTest)

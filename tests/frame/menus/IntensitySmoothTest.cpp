@@ -45,7 +45,7 @@ int contourPixels(const QImage& image, const QRect& strip) {
 
 }  // namespace
 
-class IntensitySmoothTest : public QObject {
+class IntensitySmoothTest : public AnsweringTest<ScriptedFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -345,10 +345,6 @@ private slots:
 
 private:
     QTemporaryDir m_dir;
-    RecordingMessageService m_messages;
-    ScriptedFileDialogs m_dialogs;
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
     std::unique_ptr<AppConfig> m_config;
 };
 

@@ -41,7 +41,7 @@ bool optionalInThisBuild(const QString& text) {
 
 }  // namespace
 
-class MainToolBarTest : public QObject {
+class MainToolBarTest : public AnsweringTest<ScriptedFileDialogs> {
     Q_OBJECT
 
 private slots:
@@ -240,10 +240,6 @@ private:
     QTemporaryDir m_dir;
     QString m_demo;
     AppConfig m_config;
-    RecordingMessageService m_messages;
-    ScriptedFileDialogs m_dialogs;
-    ScopedMessageService m_messagesInForce{&m_messages};
-    ScopedFileDialogs m_dialogsInForce{&m_dialogs};
 };
 
 QTEST_MAIN(MainToolBarTest)
