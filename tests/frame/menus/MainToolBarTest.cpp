@@ -13,7 +13,6 @@
 
 #include "MenuFixture.h"
 #include "app/CKestruneApp.h"
-#include "document/AppConfig.h"
 #include "document/MessageService.h"
 #include "frame/CChildFrame.h"
 #include "frame/CMainFrame.h"
@@ -48,8 +47,6 @@ private slots:
     void initTestCase() {
         QVERIFY(m_dir.isValid());
         keepFilesIn(m_dir.path());
-        m_config.setFilePath(m_dir.filePath("SonmetraConf.cfg").toStdString());
-        AppServices::instance().config = &m_config;
         auto& windows = WindowCommandRegistry::instance();
         windows.add(windowCommand<QLabel>(kPlotContext, "&View", "Print...", "Prints the plot", 10,
                                           [](QLabel&) { ++g_plotPrints; }));
@@ -60,7 +57,6 @@ private slots:
         m_demo = m_dir.filePath("demo.kvd");
         QVERIFY(QFile::copy(SONMETRA_DEMO, m_demo));
     }
-    void cleanupTestCase() { AppServices::instance().config = nullptr; }
 
     void buttonsStandForTheirMenuEntries() {
         CMainFrame frame;
@@ -239,7 +235,7 @@ private:
 
     QTemporaryDir m_dir;
     QString m_demo;
-    AppConfig m_config;
+    ScopedConfig m_config;
 };
 
 QTEST_MAIN(MainToolBarTest)
