@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "document/CKestruneDoc.h"
@@ -41,6 +42,13 @@ inline void fillChannel(CKestruneDoc& doc, int index, const std::string& name, d
                         const std::vector<std::int16_t>& samples, bool audio = false) {
     fillChannel(
         doc, index, name, rateHz, samples.size(), [&samples](std::size_t i) { return samples[i]; }, audio);
+}
+
+// The labels of a channel as (time in ms, text), in their order.
+inline std::vector<std::pair<double, std::string>> labelsOf(const CChannel& c) {
+    std::vector<std::pair<double, std::string>> v;
+    for (const CLabel& l : c.m_labels) v.emplace_back(l.timeMs, l.text);
+    return v;
 }
 
 }  // namespace sonmetra::test

@@ -15,6 +15,7 @@
 #include "document/labels/LabelTransfer.h"
 #include "document/labels/TextDecoding.h"
 #include "document/labels/TextGridFormat.h"
+#include "tests/support/TestDocument.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
@@ -67,12 +68,6 @@ bool importAll(CKestruneDoc& doc, const LabelFile& file) {
     if (!prepared) return false;
     applyLabelImport(doc, std::move(*prepared));
     return true;
-}
-
-std::vector<std::pair<double, std::string>> labelsOf(const CChannel& c) {
-    std::vector<std::pair<double, std::string>> v;
-    for (const CLabel& l : c.m_labels) v.emplace_back(l.timeMs, l.text);
-    return v;
 }
 
 class LabelFilesTest : public ::testing::Test {

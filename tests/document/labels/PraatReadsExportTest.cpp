@@ -2,9 +2,7 @@
 // tiers, intervals and points (report_textgrid.praat) must be what was
 // exported, and the file it saves again must be the one it read.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <string>
 
 #include "../TestFiles.h"
@@ -12,27 +10,16 @@
 #include "document/labels/LabelTransfer.h"
 #include "document/labels/TextDecoding.h"
 #include "document/labels/TextGridFormat.h"
+#include "tests/support/CommandRun.h"
 
 using namespace sonmetra;
 using namespace sonmetra::test;
 
 namespace {
 
-struct PraatRun {
-    int status = -1;
-    std::string out;
-};
-
-PraatRun runPraat(const std::string& args) {
-    PraatRun r;
-    std::FILE* pipe = popen((std::string(SONMETRA_PRAAT) + " --run " + args + " 2>&1").c_str(), "r");
-    if (!pipe) return r;
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) r.out.append(buf, n);
-    const int status = pclose(pipe);
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return r;
+// Praat's report, with its messages, as it prints them.
+CommandRun runPraat(const std::string& args) {
+    return runCommand(std::string(SONMETRA_PRAAT) + " --run " + args + " 2>&1");
 }
 
 // The report the script prints, made from what was exported.
@@ -82,7 +69,7 @@ TEST(PraatReadsExportTest, PraatReportsWhatWasExportedAndSavesItUnchanged) {
     ASSERT_TRUE(file) << error;
 
     const std::string resaved = dir.file("resaved.TextGrid");
-    const PraatRun praat =
+    const CommandRun praat =
         runPraat(std::string(SONMETRA_LABEL_SCRIPTS) + "/report_textgrid.praat " + exported + " " + resaved);
     ASSERT_EQ(praat.status, 0) << praat.out;
     EXPECT_EQ(praat.out, expectedReport(*file));

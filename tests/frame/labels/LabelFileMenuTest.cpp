@@ -28,6 +28,7 @@
 #include "frame/LabelFileDialogs.h"
 #include "log/CDatatbl5.h"
 #include "tests/support/GuiTestSupport.h"
+#include "tests/support/TestDocument.h"
 #include "view/AppServices.h"
 #include "view/CFormLabelView.h"
 #include "view/CFrameLabelView.h"
@@ -40,12 +41,6 @@ using namespace sonmetra;
 using namespace sonmetra::test;
 
 namespace {
-
-std::vector<std::pair<double, std::string>> labelsOf(const CChannel& c) {
-    std::vector<std::pair<double, std::string>> v;
-    for (const CLabel& l : c.m_labels) v.emplace_back(l.timeMs, l.text);
-    return v;
-}
 
 const char kGrid[] =
     "File type = \"ooTextFile\"\nObject class = \"TextGrid\"\n\n0\n5.6\n<exists>\n2\n"
