@@ -39,9 +39,7 @@ protected:
         registerRecordPlayCommands();
         setWaveDriver(m_sim);
         setAudioRateInForce(11000.0);
-        m_view = std::make_unique<CKestruneView>(&m_doc);
-        m_view->resize(600, 300);
-        m_view->show();
+        m_view = test::shownView(&m_doc, QSize(600, 300));
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_view.get()));
         m_feature = m_view->extension<CRecordPlay>();
         ASSERT_NE(m_feature, nullptr);

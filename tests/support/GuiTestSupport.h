@@ -23,12 +23,14 @@
 #include <QWidget>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <thread>
 
 #include "document/AppConfig.h"
 #include "document/MessageService.h"
 #include "view/AppServices.h"
+#include "view/CKestruneView.h"
 #include "view/FileDialogs.h"
 #include "view/ViewCommands.h"
 #include "view/WindowCommands.h"
@@ -54,6 +56,15 @@ void whenModal(std::function<void(T*)> answer) {
 // Clicks the standard button `which` of the dialog's button box.
 inline void press(QDialog* dialog, QDialogButtonBox::StandardButton which) {
     dialog->findChild<QDialogButtonBox*>()->button(which)->click();
+}
+
+// A waveform view of doc, of `size`, shown (the caller waits for it to be
+// exposed where the test needs that).
+inline std::unique_ptr<CKestruneView> shownView(sonmetra::CKestruneDoc* doc, QSize size) {
+    auto view = std::make_unique<CKestruneView>(doc);
+    view->resize(size);
+    view->show();
+    return view;
 }
 
 // Runs the event loop until done() holds, at most timeoutMs; whether it came

@@ -15,6 +15,7 @@
 #include "document/AppConfig.h"
 #include "frame/DisplayConfig.h"
 #include "frame/ViewPrinting.h"
+#include "tests/support/GuiTestSupport.h"
 #include "view/CKestruneView.h"
 #include "view/PictureOutput.h"
 #include "view/TimeBase.h"
@@ -34,9 +35,7 @@ struct PrintedPage {
     std::vector<QRect> strips;  // in those pixels
 
     PrintedPage() {
-        view = std::make_unique<CKestruneView>(doc.get());
-        view->resize(800, 600);
-        view->show();
+        view = sonmetra::test::shownView(doc.get(), QSize(800, 600));
         EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
         sonmetra::AppConfig& config = displayConfig();
         config.m_print = sonmetra::PrintSize{6.0, 4.0, 1, 1};

@@ -57,9 +57,7 @@ struct Fixture {
     std::unique_ptr<CKestruneView> view;
 
     explicit Fixture(std::unique_ptr<sonmetra::CKestruneDoc> d, QSize size = QSize(800, 600)) : doc(std::move(d)) {
-        view = std::make_unique<CKestruneView>(doc.get());
-        view->resize(size);
-        view->show();
+        view = sonmetra::test::shownView(doc.get(), size);
         EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
     }
     // What the view paints on the screen, in logical pixels.

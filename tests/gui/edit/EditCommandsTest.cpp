@@ -151,9 +151,7 @@ private slots:
 
 private:
     std::unique_ptr<CKestruneView> showView(sonmetra::CKestruneDoc* doc) {
-        auto view = std::make_unique<CKestruneView>(doc);
-        view->resize(900, 520);
-        view->show();
+        auto view = shownView(doc, QSize(900, 520));
         if (!QTest::qWaitForWindowExposed(view.get())) qWarning("view not exposed");
         return view;
     }

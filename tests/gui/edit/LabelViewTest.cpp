@@ -24,9 +24,7 @@ private slots:
 
     void init() {
         m_doc = makeDocument(3);
-        m_view = std::make_unique<CKestruneView>(m_doc.get());
-        m_view->resize(900, 520);
-        m_view->show();
+        m_view = shownView(m_doc.get(), QSize(900, 520));
         QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
     }
     void cleanup() {

@@ -59,9 +59,7 @@ private slots:
 
     void init() {
         start({{600, 150}, {200, 0}, {600, 300}});  // 0.6 s at 150 Hz, 0.2 s of silence, 0.6 s at 300 Hz
-        m_view = std::make_unique<CKestruneView>(m_doc.get());
-        m_view->resize(800, 300);
-        m_view->show();
+        m_view = shownView(m_doc.get(), QSize(800, 300));
     }
     void cleanup() {
         if (CPitchFrame* f = CPitchFrame::of(m_doc.get())) delete f;

@@ -71,9 +71,7 @@ private slots:
         m_scope = std::make_unique<ScopedMessageService>(m_messages.get());
         useSimulatedUnit(9);
         m_doc = airflowDocument();
-        m_view = std::make_unique<CKestruneView>(m_doc.get());
-        m_view->resize(900, 500);
-        m_view->show();
+        m_view = shownView(m_doc.get(), QSize(900, 500));
         QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
     }
 

@@ -36,9 +36,7 @@ protected:
 
     void SetUp() override {
         doc = audioDocument(sweep(11025.0, 2.0, 300.0, 3000.0), 11025.0);
-        waveform = std::make_unique<CKestruneView>(doc.get());
-        waveform->resize(800, 300);
-        waveform->show();
+        waveform = sonmetra::test::shownView(doc.get(), QSize(800, 300));
         ASSERT_TRUE(QTest::qWaitForWindowExposed(waveform.get()));
     }
     void TearDown() override {
